@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Fields of fixed-column output, each exactly `width` columns. A number that does not fit its field shows as asterisks.
+
+namespace base {
+
+/// Writes an integer, right-justified, with no plus sign.
+///   field  out  `width` characters
+void put_integer(char* field, int width, int value);
+
+/// Writes a real in fixed notation with `decimals` digits behind the point, right-justified. It is rounded from its
+/// exact binary value, a tie to the even digit; a minus sign is kept by a negative zero and by what rounds to zero.
+/// What is not finite shows as Infinity, -Infinity or NaN.
+///   field  out  `width` characters
+void put_real(char* field, int width, int decimals, double value);
+
+/// Writes a text, right-justified; of a text longer than the field its first `width` characters.
+///   field  out  `width` characters
+void put_text(char* field, int width, std::string_view value);
+
+/// The same fields at the end of a growing text.
+void append_integer(std::string& line, int width, int value);
+void append_real(std::string& line, int width, int decimals, double value);
+void append_text(std::string& line, int width, std::string_view value);
+
+}  // namespace base

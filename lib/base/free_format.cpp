@@ -1,0 +1,152 @@
+#include "base/free_format.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <string>
+#include <system_error>
+
+namespace base {
+
+namespace {
+
+constexpr std::string_view blanks = " \t";
+constexpr std::string_view separators = " \t,/";
+
+std::string_view without_leading_blanks(std::string_view record) {
+    return record.substr(std::min(record.find_first_not_of(blanks), record.size()));
+}
+
+/// `rest` behind a field: one comma belongs to the field before it.
+std::string_view behind_separator(std::string_view rest) {
+    rest = without_leading_blanks(rest);
+    if (!rest.empty() && rest.front() == ',') {
+        rest.remove_prefix(1);
+    }
+    return rest;
+}
+
+/// The sign of a number, taken off its front.
+bool take_minus(std::string_view& field) {
+    const bool minus = !field.empty() && field.front() == '-';
+    if (minus || (!field.empty() && field.front() == '+')) {
+        field.remove_prefix(1);
+    }
+    return minus;
+}
+
+std::size_t take_digits(std::string_view& field) {
+    const std::size_t count = std::min(field.find_first_not_of("0123456789"), field.size());
+    field.remove_prefix(count);
+    return count;
+}
+
+/// Whether a number that does not fit a double is too small for one rather than too large: the decimal exponent of its
+/// first digit that is not zero tells, as the two ends of the range lie far on either side of 1.
+///   mantissa  in  digits, with or without a point, one of them not zero
+///   exponent  in  digits with an optional minus
+bool is_tiny(std::string_view mantissa, std::string_view exponent) {
+    const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
+    const std::size_t first = mantissa.find_first_of("123456789");
+    const long long place = static_cast<long long>(point) - static_cast<long long>(first);
+    long long power = 0;
+    if (std::from_chars(exponent.data(), exponent.data() + exponent.size(), power).ec ==
+        std::errc::result_out_of_range) {
+        return exponent.front() == '-';
+    }
+    return power < -place;
+}
+
+}  // namespace
+
+field_kind next_field(std::string_view& rest, std::string_view& field) {
+    rest = without_leading_blanks(rest);
+    field = {};
+    if (rest.empty() || rest.front() == '/') {
+        return field_kind::end;
+    }
+    field = rest.substr(0, rest.find_first_of(separators));
+    rest = behind_separator(rest.substr(field.size()));
+    return field.empty() ? field_kind::null : field_kind::value;
+}
+
+field_kind next_text(std::string_view& rest, text_ref item) {
+    std::string_view record = without_leading_blanks(rest);
+    if (record.empty() || (record.front() != '\'' && record.front() != '"')) {
+        std::string_view field;
+        const field_kind kind = next_field(rest, field);
+        if (kind == field_kind::value) {
+            item.assign(field);
+        }
+        return kind;
+    }
+    const char mark = record.front();
+    std::string value;
+    for (std::size_t i = 1; i < record.size(); ++i) {
+        if (record[i] == mark) {
+            if (i + 1 == record.size() || record[i + 1] != mark) {
+                rest = behind_separator(record.substr(i + 1));
+                item.assign(value);
+                return field_kind::value;
+            }
+            ++i;
+        }
+        value += record[i];
+    }
+    rest = record;
+    return field_kind::end;
+}
+
+number_status read_real(std::string_view field, double& value) {
+    const bool minus = take_minus(field);
+    std::string_view rest = field;
+    std::size_t digits = take_digits(rest);
+    if (!rest.empty() && rest.front() == '.') {
+        rest.remove_prefix(1);
+        digits += take_digits(rest);
+    }
+    const std::string_view mantissa = field.substr(0, field.size() - rest.size());
+    std::string exponent = "0";
+    if (!rest.empty()) {
+        if (std::string_view("EeDd").find(rest.front()) == std::string_view::npos) {
+            return number_status::not_a_number;
+        }
+        rest.remove_prefix(1);
+        exponent = take_minus(rest) ? "-" : "";
+        exponent += rest;
+        if (take_digits(rest) == 0 || !rest.empty()) {
+            return number_status::not_a_number;
+        }
+    }
+    if (digits == 0) {
+        return number_status::not_a_number;
+    }
+    double magnitude = 0.0;
+    if (mantissa.find_first_of("123456789") != std::string_view::npos) {
+        const std::string number = std::string(mantissa) + 'e' + exponent;
+        const auto result = std::from_chars(number.data(), number.data() + number.size(), magnitude);
+        if (result.ec == std::errc::result_out_of_range) {
+            if (!is_tiny(mantissa, exponent)) {
+                return number_status::out_of_range;
+            }
+            magnitude = 0.0;
+        }
+    }
+    value = minus ? -magnitude : magnitude;
+    return number_status::ok;
+}
+
+number_status read_integer(std::string_view field, int& value) {
+    const bool minus = take_minus(field);
+    std::string_view digits = field;
+    if (take_digits(digits) == 0 || !digits.empty()) {
+        return number_status::not_a_number;
+    }
+    std::string number = minus ? "-" : "";
+    number += field;
+    if (std::from_chars(number.data(), number.data() + number.size(), value).ec != std::errc{}) {
+        return number_status::out_of_range;
+    }
+    return number_status::ok;
+}
+
+}  // namespace base

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+// The system's own calls, each repeated when a signal interrupted it.
+
+namespace file {
+
+/// Opens a file to read.
+///   fname         in  trailing blanks are not part of the name
+///   regular_only  in  whether anything but a regular file is refused; only then is it certain that opening cannot wait
+///   reason        out why it will not open; unchanged when it does
+/// Result: the descriptor, or -1.
+int open_to_read(std::string_view fname, bool regular_only, std::string& reason);
+
+/// Opens a file to write, made if it is missing and emptied if it is not. Never waits.
+/// Arguments and result as for open_to_read.
+int open_to_write(std::string_view fname, std::string& reason);
+
+/// Reads at most `size` bytes. Result: how many, 0 at the end, -1 with errno set on an error.
+long read_some(int descriptor, char* to, std::size_t size);
+
+/// Writes all of `bytes`, in as many calls as it takes. Result: 0, or errno of the call that failed.
+int write_all(int descriptor, std::string_view bytes);
+
+/// Closes a descriptor. Result: 0, or errno. It is closed in any case and must not be closed again.
+int close_descriptor(int descriptor);
+
+/// Whether an open file is the one that a name stands for.
+///   fname  in  trailing blanks are not part of the name
+bool is_same_file(int descriptor, std::string_view fname);
+
+/// The system's words for an errno.
+std::string system_reason(int error);
+
+}  // namespace file

@@ -1,0 +1,9 @@
+#include "file/file.hpp"
+
+void file::get_free_fid(int& fid) {
+    constexpr int first = 100;
+    fid = first;
+    while (is_connected(fid)) {
+        ++fid;
+    }
+}

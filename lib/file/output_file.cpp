@@ -1,0 +1,43 @@
+#include "file/output_file.hpp"
+
+#include <unistd.h>
+
+#include "base/error.hpp"
+#include "base/text.hpp"
+#include "file/descriptor.hpp"
+
+namespace file {
+
+output_file::output_file(std::string_view path) : path_(base::trimmed(path)) {
+    std::string reason;
+    descriptor_ = open_to_write(path_, reason);
+    if (descriptor_ < 0) {
+        throw base::run_error(base::shown(path_, 200) + ": cannot open for writing: " + reason);
+    }
+}
+
+output_file::~output_file() {
+    if (descriptor_ >= 0) {
+        close_descriptor(descriptor_);
+    }
+}
+
+void output_file::write(std::string_view bytes) {
+    if (const int error = write_all(descriptor_, bytes); error != 0) {
+        throw base::run_error(base::shown(path_, 200) + ": cannot write: " + system_reason(error));
+    }
+    size_ += bytes.size();
+}
+
+void output_file::close(std::size_t tail) {
+    const int error = close_descriptor(descriptor_);
+    descriptor_ = -1;
+    if (error != 0) {
+        if (tail != 0 && ::truncate(path_.c_str(), static_cast<off_t>(size_ - tail)) != 0) {
+            ::unlink(path_.c_str());
+        }
+        throw base::run_error(base::shown(path_, 200) + ": cannot close: " + system_reason(error));
+    }
+}
+
+}  // namespace file

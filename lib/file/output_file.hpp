@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace file {
+
+/// A file that is being written, every call of the system checked: what fails stops the run with
+/// "PATH: cannot open|write|close: REASON". A file that goes out of use without close() is closed silently.
+class output_file {
+  public:
+    /// Makes the file, or empties it.
+    ///   path  in  trailing blanks are not part of it
+    explicit output_file(std::string_view path);
+    ~output_file();
+    output_file(const output_file&) = delete;
+    output_file& operator=(const output_file&) = delete;
+
+    /// Writes all of `bytes`, now, with one call unless the system takes fewer.
+    void write(std::string_view bytes);
+    /// Where closing fails, what was written may be lost. The last `tail` bytes are then cut off, so that a file whose
+    /// end says that it is complete does not say so.
+    void close(std::size_t tail = 0);
+
+  private:
+    std::string path_;
+    int descriptor_ = -1;
+    std::size_t size_ = 0;
+};
+
+}  // namespace file

@@ -1,0 +1,4 @@
+#include "gjf/gjf.hpp"
+#include "gjf/sections.hpp"
+
+void gjf::get_gjf_charge_linenumber(std::string_view fname, int& icharge) { icharge = find_charge(input_lines(fname)); }

@@ -1,0 +1,50 @@
+#include <string>
+
+#include "base/error.hpp"
+#include "base/free_format.hpp"
+#include "gjf/gjf.hpp"
+#include "gjf/sections.hpp"
+
+namespace gjf {
+
+namespace {
+
+/// What the next field of an atom line is instead of the number that was expected.
+std::string found_instead(base::field_kind kind, std::string_view field, base::number_status status) {
+    if (kind == base::field_kind::value) {
+        return (status == base::number_status::out_of_range ? "a number that is too large, '" : "'") +
+               base::shown(field) + "'";
+    }
+    return kind == base::field_kind::null ? "nothing between two commas" : "no more fields";
+}
+
+void read_atom(const input_lines& input, int line_number, base::view1<double> xyz, base::text<2>& symbol) {
+    const auto stop = [&](const std::string& what) {
+        throw base::run_error(input.name + ":" + std::to_string(line_number) + ": " + what);
+    };
+    std::string_view rest = base::trimmed(input.lines(line_number));
+    if (base::next_text(rest, symbol) != base::field_kind::value) {
+        stop("expected an element symbol and three numbers, found '" + base::shown(rest) + "'");
+    }
+    for (int i = 1; i <= 3; ++i) {
+        std::string_view field;
+        const base::field_kind kind = base::next_field(rest, field);
+        const base::number_status status = base::read_real(field, xyz(i));
+        if (kind != base::field_kind::value || status != base::number_status::ok) {
+            stop("expected three numbers after the symbol '" + base::shown(symbol.trimmed()) + "', found " +
+                 std::to_string(i - 1) + " and then " + found_instead(kind, field, status));
+        }
+    }
+}
+
+}  // namespace
+
+void get_gjf_coord(std::string_view fname, int natom, base::view2<double> xyz, base::view1<base::text<2>> symbol) {
+    const input_lines input(fname);
+    const int iatom = find_atom(input);
+    for (int j = 1; j <= natom; ++j) {
+        read_atom(input, iatom + j - 1, xyz.column(j), symbol(j));
+    }
+}
+
+}  // namespace gjf

@@ -1,0 +1,4 @@
+#include "gjf/gjf.hpp"
+#include "gjf/sections.hpp"
+
+void gjf::get_gjf_natom(std::string_view fname, int& natom) { natom = count_atoms(input_lines(fname)); }

@@ -1,0 +1,4 @@
+#include "gjf/gjf.hpp"
+#include "gjf/sections.hpp"
+
+void gjf::get_gjf_route_linenumber(std::string_view fname, int& iroute) { iroute = find_route(input_lines(fname)); }

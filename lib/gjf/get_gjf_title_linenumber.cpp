@@ -1,0 +1,4 @@
+#include "gjf/gjf.hpp"
+#include "gjf/sections.hpp"
+
+void gjf::get_gjf_title_linenumber(std::string_view fname, int& ititle) { ititle = find_title(input_lines(fname)); }

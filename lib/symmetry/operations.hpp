@@ -1,0 +1,11 @@
+#pragma once
+
+namespace symmetry {
+
+/// Operation numbers.
+enum operation { identity = 1, c2z, c2y, c2x, inversion, sxy, szx, syz, c4z, c4y, c4x };
+
+/// Operations 1..8 are looked for; 9..11 only turn the molecule.
+constexpr int tested_operations = 8;
+
+}  // namespace symmetry

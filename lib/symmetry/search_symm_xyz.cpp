@@ -1,0 +1,115 @@
+#include <array>
+#include <cmath>
+
+#include "symmetry/operations.hpp"
+#include "symmetry/symmetry.hpp"
+
+namespace symmetry {
+
+namespace {
+
+/// The displacements of one atom in the order of its points: x step 1, x step 2, y step 1, ...
+constexpr int displacements = 6;
+
+/// carries[from][to]: whether an operation turns the unit vector of one displacement into that of another.
+using carries = std::array<std::array<bool, displacements>, displacements>;
+
+void set_unit_vector(int displacement, int disp_sign, base::view2<double> v) {
+    for (int i = 1; i <= 3; ++i) {
+        v(i, 1) = 0.0;
+    }
+    const double second_step = disp_sign == 1 ? 1.0 : -1.0;
+    v(displacement / 2 + 1, 1) = displacement % 2 == 0 ? -second_step : second_step;
+}
+
+carries find_carries(int disp_sign, base::view2<const double> r, double tol) {
+    double turned[3];
+    double other[3];
+    const base::view2<double> v1("v1", turned, 3, 1);
+    const base::view2<double> vj("vj", other, 3, 1);
+    carries result{};
+    for (int from = 0; from < displacements; ++from) {
+        set_unit_vector(from, disp_sign, v1);
+        rotn(1, r, v1);
+        for (int to = 0; to < displacements; ++to) {
+            set_unit_vector(to, disp_sign, vj);
+            double sum = 0.0;
+            for (int i = 1; i <= 3; ++i) {
+                sum += (v1(i, 1) - vj(i, 1)) * (v1(i, 1) - vj(i, 1));
+            }
+            result[static_cast<std::size_t>(from)][static_cast<std::size_t>(to)] = tol >= std::sqrt(sum);
+        }
+    }
+    return result;
+}
+
+/// For every atom i and operation g the atoms j with jrels(j, g) = i, chained in ascending order: looking for them
+/// costs no more than there are, whatever the correspondence is.
+struct atom_chains {
+    base::array2<int> first;  ///< (natom, 8) the lowest j, or 0
+    base::array2<int> next;   ///< (natom, 8) the next j behind j, or 0
+
+    atom_chains(int natom, base::view2<const int> jrels)
+        : first("first", natom, tested_operations), next("next", natom, tested_operations) {
+        for (int g = 1; g <= tested_operations; ++g) {
+            for (int j = natom; j >= 1; --j) {
+                if (const int i = jrels(j, g); i >= 1 && i <= natom) {
+                    next(j, g) = first(i, g);
+                    first(i, g) = j;
+                }
+            }
+        }
+    }
+};
+
+}  // namespace
+
+void search_symm_xyz(int disp_sign, int natom, base::view2<const double> /*x*/, base::view3<const double> matrices,
+                     base::view2<const int> jrels, base::view1<const bool> op, double tol, int n6, int& ncalc,
+                     base::view1<bool> f_calc, base::view1<int> n_calc_n6, base::view1<int> m_calc,
+                     base::view1<int> m_symm) {
+    ncalc = 0;
+    for (int p = 1; p <= n6; ++p) {
+        f_calc(p) = true;
+        n_calc_n6(p) = 0;
+        m_calc(p) = p;
+        m_symm(p) = identity;
+    }
+    std::array<carries, tested_operations + 1> by_operation{};
+    for (int g = identity; g <= tested_operations; ++g) {
+        by_operation[static_cast<std::size_t>(g)] = find_carries(disp_sign, matrices.matrix(g), tol);
+    }
+    const atom_chains chains(natom, jrels);
+
+    for (int p = 1; p <= n6; ++p) {
+        if (!f_calc(p)) {
+            continue;
+        }
+        n_calc_n6(++ncalc) = p;
+        const int i = (p - 1) / displacements + 1;
+        const auto from = static_cast<std::size_t>((p - 1) % displacements);
+        for (int g = identity + 1; g <= tested_operations; ++g) {
+            if (!op(g)) {
+                continue;
+            }
+            const auto& carried = by_operation[static_cast<std::size_t>(g)][from];
+            for (int j = chains.first(i, g); j != 0; j = chains.next(j, g)) {
+                if (j < i) {
+                    continue;  // the points of lower atoms are settled
+                }
+                for (int to = 0; to < displacements; ++to) {
+                    const int q = displacements * (j - 1) + to + 1;
+                    if (!f_calc(q) || q == p || !carried[static_cast<std::size_t>(to)]) {
+                        continue;
+                    }
+                    f_calc(q) = false;
+                    m_calc(q) = p;
+                    m_symm(q) = g;
+                    to |= 1;  // one step of a direction is enough: the other one is not tried
+                }
+            }
+        }
+    }
+}
+
+}  // namespace symmetry

@@ -1,0 +1,3 @@
+&control
+ fxyz = 'mol.gjf'
+/

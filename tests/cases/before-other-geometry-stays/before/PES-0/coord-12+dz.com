@@ -1,0 +1,1 @@
+a geometry of an earlier, larger molecule

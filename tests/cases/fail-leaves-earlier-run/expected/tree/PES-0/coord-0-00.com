@@ -1,0 +1,1 @@
+its reference geometry

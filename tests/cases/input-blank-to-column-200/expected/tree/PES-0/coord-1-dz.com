@@ -1,0 +1,11 @@
+#p b3lyp/6-31g* force
+
+water
+                                                                                                                                                                                                        # this line is blank up to column 200
+0 1
+   O                0.00000000    0.00000000    0.11600000
+   H                0.00000000    0.75700000   -0.47000000
+   H                0.00000000   -0.75700000   -0.47000000
+                                                                                                                                                                                                        so is this one
+after
+

@@ -1,0 +1,9 @@
+%chk=mol.chk
+#p b3lyp/6-31g* force
+
+nothing
+
+0 1
+
+--- after
+

@@ -1,0 +1,10 @@
+%chk=mol.chk
+#p b3lyp/6-31g* force
+
+E, I and C2y within the tolerance, Szx not
+
+0 1
+   H                1.00000000    0.50100000   -0.00060000
+   H               -1.00000000   -0.50000000    0.00030000
+
+

@@ -1,0 +1,9 @@
+%chk=mol.chk
+#p b3lyp/6-31g* force
+
+helium anywhere
+
+0 1
+   He               1.50000000   -2.50000000    0.50100000
+
+

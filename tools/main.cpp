@@ -1,0 +1,58 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <exception>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "base/error.hpp"
+#include "control.hpp"
+#include "file/descriptor.hpp"
+#include "run.hpp"
+
+namespace {
+
+/// A standard stream that the caller closed would give its number to the first file that the run opens, and a message
+/// would end up in that file.
+void occupy_standard_streams() {
+    int descriptor = 0;
+    do {
+        descriptor = ::open("/dev/null", O_RDWR);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor > STDERR_FILENO) {
+        ::close(descriptor);
+    }
+}
+
+int stopped(int descriptor, const std::string& line, int exit_status) {
+    file::write_all(descriptor, line + '\n');  // where even this fails the status still tells
+    return exit_status;
+}
+
+int stopped(const std::string& message) {
+    return stopped(STDERR_FILENO, "displacement_generator: error: " + message, 2);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    occupy_standard_streams();
+    // The two signals that would end a write: it fails instead, and the run ends with a message.
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+    try {
+        tools::run(tools::read_control(argc > 1 ? argv[1] : ""));
+        return 0;
+    } catch (const base::run_error& error) {
+        if (error.stream == base::message_stream::standard_output) {
+            return stopped(STDOUT_FILENO, error.what(), error.exit_status);
+        }
+        return stopped(error.what());
+    } catch (const std::bad_alloc&) {
+        return stopped("an allocation would exceed the memory limit");
+    } catch (const std::exception& error) {
+        return stopped(error.what());
+    }
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "control.hpp"
+
+namespace tools {
+
+/// One run, from the settings to the complete directory "PES-0" in the current directory. What goes wrong stops the
+/// run.
+void run(const control& settings);
+
+}  // namespace tools
