@@ -62,14 +62,12 @@ image reference_image(base::view1<const base::text<500>> lines, int icharge, int
     return reference;
 }
 
-/// The name of a geometry: the atom number with leading zeros, the sign of the step, the coordinate.
-std::string full_name(int atom, int ndig_natom, char sign, std::string_view coordinate) {
+/// The part of a geometry's name that all displacements of an atom share: the atom number with leading zeros.
+std::string atom_name(int atom, int ndig_natom) {
     const std::string number = std::to_string(atom);
     std::string name(name_head);
     name.append(static_cast<std::size_t>(ndig_natom) - number.size(), '0');
     name += number;
-    name += sign;
-    name += coordinate;
     return name;
 }
 
@@ -93,7 +91,7 @@ void write_geometry_files(base::view1<const base::text<500>> lines, int icharge,
                           double dx, int disp_sign, base::view1<const bool> f_calc, file_list& list,
                           base::view1<base::text<200>> fnames) {
     image geometry = reference_image(lines, icharge, iatom_end, nline, natom, symbol, x);
-    const std::string reference = full_name(0, ndig_natom, '-', "00");
+    const std::string reference = atom_name(0, ndig_natom) + "-00";
     fnames(0) = std::string_view(reference).substr(name_head.size());
     write_geometry(reference, geometry, list);
 
@@ -101,12 +99,15 @@ void write_geometry_files(base::view1<const base::text<500>> lines, int icharge,
     const std::string_view cstep = disp_sign == 1 ? "+-" : "-+";  // the labels only: step 1 always moves by minus dx
     int n = 0;
     for (int i = 1; i <= natom; ++i) {
+        std::string name = atom_name(i, ndig_natom);
+        const std::size_t shared = name.size();
         for (int j = 1; j <= 3; ++j) {
             for (int k = 1; k <= 2; ++k) {
                 ++n;
-                const std::string name = full_name(i, ndig_natom, cstep[static_cast<std::size_t>(k - 1)],
-                                                   cxyz[static_cast<std::size_t>(j - 1)]);
-                fnames(n) = std::string_view(name).substr(name_head.size());
+                name.resize(shared);
+                name += cstep[static_cast<std::size_t>(k - 1)];
+                name += cxyz[static_cast<std::size_t>(j - 1)];
+                base::text_ref(fnames(n)).assign(std::string_view(name).substr(name_head.size()));
                 if (!f_calc(n)) {
                     continue;
                 }

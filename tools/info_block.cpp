@@ -1,5 +1,6 @@
 #include "info_block.hpp"
 
+#include <algorithm>
 #include <string_view>
 
 #include "base/fixed_columns.hpp"
@@ -82,15 +83,15 @@ void write_correspondence(file_list& list, int nop, base::view1<const int> ops,
 ///           43-50 op       A8     the operation's label
 void write_point(file_list& list, int n, const base::text<200>& tag, bool is_calc, int m, int num_op,
                  std::string_view op) {
-    std::string& line = list.line();
-    append_integer(line, 8, n);
-    line += "  ";
-    line += std::string_view(tag).substr(0, 8);
-    append_text(line, 8, is_calc ? "T" : "F");
-    append_integer(line, 8, m);
-    append_integer(line, 8, num_op);
-    append_text(line, 8, op);
-    list.end_line();
+    char row[50];
+    base::put_integer(row, 8, n);
+    base::put_text(row + 8, 2, "");
+    std::copy_n(tag.characters, 8, row + 10);
+    base::put_text(row + 18, 8, is_calc ? "T" : "F");
+    base::put_integer(row + 26, 8, m);
+    base::put_integer(row + 34, 8, num_op);
+    base::put_text(row + 42, 8, op);
+    write_line(list, {row, sizeof row});
 }
 
 }  // namespace

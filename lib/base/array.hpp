@@ -77,6 +77,14 @@ class view2 {
         return *(column_start(j) + (i - 1));
     }
 
+    /// Where element (1, 1) lies, for a loop over columns 1..last; the range is checked here, once.
+    [[nodiscard]] element* first_of(int last) const {
+        if (last > columns_) [[unlikely]] {
+            dimension_error(name_, 2, last, columns_);
+        }
+        return first_;
+    }
+
     /// Column j, that is elements (1..rows, j).
     [[nodiscard]] view1<element> column(int j) const { return {name_, column_start(j), 1, rows_}; }
 
@@ -125,6 +133,16 @@ class view3 {
 template <class element>
 std::unique_ptr<element[]> allocate(const char* name, std::size_t count) {
     std::unique_ptr<element[]> elements(new (std::nothrow) element[count]());
+    if (!elements) {
+        allocation_error(name, count, sizeof(element));
+    }
+    return elements;
+}
+
+/// The same, with elements that hold anything.
+template <class element>
+std::unique_ptr<element[]> allocate_for_overwrite(const char* name, std::size_t count) {
+    std::unique_ptr<element[]> elements(new (std::nothrow) element[count]);
     if (!elements) {
         allocation_error(name, count, sizeof(element));
     }

@@ -9,11 +9,13 @@ namespace base {
 
 namespace {
 
-constexpr std::string_view blanks = " \t";
-constexpr std::string_view separators = " \t,/";
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_blank(char c) { return c == ' ' || c == '\t'; }
+bool is_separator(char c) { return is_blank(c) || c == ',' || c == '/'; }
 
 std::string_view without_leading_blanks(std::string_view record) {
-    return record.substr(std::min(record.find_first_not_of(blanks), record.size()));
+    const auto* first = std::find_if_not(record.begin(), record.end(), is_blank);
+    return record.substr(static_cast<std::size_t>(first - record.begin()));
 }
 
 /// `rest` behind a field: one comma belongs to the field before it.
@@ -35,7 +37,8 @@ bool take_minus(std::string_view& field) {
 }
 
 std::size_t take_digits(std::string_view& field) {
-    const std::size_t count = std::min(field.find_first_not_of("0123456789"), field.size());
+    const auto* last = std::find_if_not(field.begin(), field.end(), is_digit);
+    const auto count = static_cast<std::size_t>(last - field.begin());
     field.remove_prefix(count);
     return count;
 }
@@ -64,7 +67,8 @@ field_kind next_field(std::string_view& rest, std::string_view& field) {
     if (rest.empty() || rest.front() == '/') {
         return field_kind::end;
     }
-    field = rest.substr(0, rest.find_first_of(separators));
+    const auto* last = std::find_if(rest.begin(), rest.end(), is_separator);
+    field = rest.substr(0, static_cast<std::size_t>(last - rest.begin()));
     rest = behind_separator(rest.substr(field.size()));
     return field.empty() ? field_kind::null : field_kind::value;
 }

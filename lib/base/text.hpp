@@ -11,8 +11,7 @@ namespace base {
 
 /// `value` without its trailing blanks; only the space character is a blank.
 inline std::string_view trimmed(std::string_view value) {
-    const std::size_t last = value.find_last_not_of(' ');
-    return value.substr(0, last == std::string_view::npos ? 0 : last + 1);
+    return value.substr(0, value.find_last_not_of(' ') + 1);  // of a blank value npos + 1, that is nothing
 }
 
 /// `value` without its leading blanks.
@@ -53,7 +52,7 @@ struct text {
     operator text_ref() { return {characters, n}; }
     [[nodiscard]] std::string_view trimmed() const { return base::trimmed(*this); }
 
-    friend bool operator==(const text& a, const text& b) { return std::string_view(a) == std::string_view(b); }
+    friend bool operator==(const text& a, const text& b) { return std::memcmp(a.characters, b.characters, n) == 0; }
 };
 
 /// A 1-based array of somebody else's fixed-length texts, all of one length that is known at run time only.

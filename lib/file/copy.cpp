@@ -30,7 +30,7 @@ bool copy_in_kernel(int from, int to) {
 
 void copy_in_blocks(int from, int to) {
     constexpr std::size_t block_size = std::size_t{1} << 18;
-    const auto block = base::allocate<char>("block", block_size);
+    const auto block = base::allocate_for_overwrite<char>("block", block_size);
     long count = 0;
     while ((count = file::read_some(from, block.get(), block_size)) > 0 &&
            file::write_all(to, {block.get(), static_cast<std::size_t>(count)}) == 0) {

@@ -43,7 +43,7 @@ bool fill_block(record_reader& reader, std::size_t longest) {
     // long.
     const std::size_t needed = std::max(block_size, longest + 2);
     if (reader.capacity < needed) {
-        auto larger = base::allocate<char>("block", needed);
+        auto larger = base::allocate_for_overwrite<char>("block", needed);
         if (reader.end != 0) {
             std::memcpy(larger.get(), reader.block.get(), reader.end);
         }

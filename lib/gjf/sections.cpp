@@ -14,7 +14,7 @@ bool is_route(const base::text<200>& line) {
     return !text.empty() && text.front() == '#';
 }
 
-bool is_blank(const base::text<200>& line) { return line.trimmed().empty(); }
+bool is_blank(const base::text<200>& line) { return base::left_adjusted(line).empty(); }
 
 /// The first blank line from line `first` on, or 0.
 int find_blank(const input_lines& input, int first) {
