@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/fixed_columns.hpp"
 #include "file/output_file.hpp"
@@ -79,7 +80,7 @@ void write_geometry(const std::string& name, const image& geometry, file_list& l
     path += '/';
     path += name;
     path += ".com";
-    file::output_file output(path);
+    file::output_file output(std::move(path));
     output.write(geometry.bytes);
     output.close();
 }

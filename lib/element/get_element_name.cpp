@@ -23,9 +23,10 @@ void element::get_element_name(int natom, base::view1<int> nat, base::text_view 
     if (sym_nat == "sym->nat") {
         for (int i = 1; i <= natom; ++i) {
             const base::text<2> form = in_table_form(symbol(i));
-            for (int k = atom.lower(); k <= atom.upper(); ++k) {
+            for (int k = atom.upper(); k >= atom.lower(); --k) {  // downwards: of equal entries the last counts
                 if (atom(k) == form) {
-                    nat(i) = k;  // without stopping: of equal entries the last counts
+                    nat(i) = k;
+                    break;
                 }
             }
         }

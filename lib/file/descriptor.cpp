@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <system_error>
 
 #include "base/text.hpp"
@@ -14,15 +15,17 @@ namespace file {
 namespace {
 
 int open_descriptor(std::string_view fname, int flags, std::string& reason) {
-    const std::string path(base::trimmed(fname));
-    if (path.find('\0') != std::string::npos) {  // the system would take the name for a shorter one
-        reason = system_reason(ENOENT);
+    const std::string_view name = base::trimmed(fname);
+    char path[PATH_MAX];
+    if (name.size() >= sizeof path || name.find('\0') != std::string_view::npos) {  // the system would cut such a name
+        reason = system_reason(name.size() >= sizeof path ? ENAMETOOLONG : ENOENT);
         return -1;
     }
+    path[name.copy(path, name.size())] = '\0';
     constexpr mode_t everybody = 0666;  // less what the user's umask takes away
     int descriptor = -1;
     do {
-        descriptor = ::open(path.c_str(), flags | O_CLOEXEC, everybody);
+        descriptor = ::open(path, flags | O_CLOEXEC, everybody);
     } while (descriptor < 0 && errno == EINTR);
     if (descriptor < 0) {
         reason = system_reason(errno);

@@ -2,13 +2,15 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 #include "base/error.hpp"
 #include "base/text.hpp"
 #include "file/descriptor.hpp"
 
 namespace file {
 
-output_file::output_file(std::string_view path) : path_(base::trimmed(path)) {
+output_file::output_file(std::string path) : path_(std::move(path)) {
     std::string reason;
     descriptor_ = open_to_write(path_, reason);
     if (descriptor_ < 0) {

@@ -34,48 +34,36 @@ double largest_sum(double tol) {
     return sum;
 }
 
-/// Coordinates as large as this could make sums that are not finite; no candidate is rejected then.
-constexpr double too_large = 1e300;
-
 /// What tells points apart in one number, better than a single component: the images of a point under the operations
 /// share components, but hardly ever this sum.
 double sum_of_components(const double* point) { return point[0] + point[1] + point[2]; }
 
-/// An interval, in single precision, that holds the sum of components of every atom that matches a point.
+/// How far the sums of two points that match can lie apart in single precision, for a molecule whose components are at
+/// most `largest`.
 ///
 /// Proof. Let d be the rounded difference of the two in one component. Its square is at most the sum of the three
 /// squares, rounded or not, as the others add nothing negative and rounding keeps the order; so a match has d * d,
 /// rounded, at most largest_sum(tol). Where |d| is 1e-150 or more its square loses nothing to underflow, and |d|
 /// exceeds tol by a few units of the last place at the most; so |d|, and the exact difference with it, is below twice
-/// the larger of tol and 1e-150. The exact sums of the two then differ by less than three times that, and the rounded
-/// ones, each off by less than 1e-15 times the largest component, by little more. Rounding the sum and the ends of the
-/// interval, to double and then to single precision, keeps their order.
-struct interval {
-    float low;
-    float high;
+/// the larger of tol and 1e-150. The exact sums differ by less than three times that. Rounding moves each sum, at most
+/// 3 `largest`, by less than 2e-7 `largest`, or by less than 1e-40 where it is too small for that; and to round their
+/// difference keeps its order.
+float reach_of(double tol, double largest) {
+    return static_cast<float>(6.0 * std::max(tol, 1e-150) + 1e-6 * largest + 1e-30);
+}
 
-    interval(double sum, double tol, double largest_component)
-        : low(-std::numeric_limits<float>::infinity()), high(-low) {
-        if (!(largest_component < too_large)) {
-            return;
-        }
-        const double reach = 6.0 * std::max(tol, 1e-150) + 1e-14 * largest_component;
-        low = static_cast<float>(sum - reach);
-        high = static_cast<float>(sum + reach);
-    }
+/// Up to here sums and reach are finite in single precision. No candidate is rejected in a molecule that is larger.
+constexpr double too_large = 1e30;
 
-    [[nodiscard]] int holds(float x) const { return static_cast<int>(x >= low) & static_cast<int>(x <= high); }
-};
-
-/// The first block from `first` on that has some candidate inside, or `end`. The candidates of a block are counted: an
-/// addition vectorises better than an early way out.
-int next_block_inside(const float* x, interval range, int first, int end) {
+/// The first block from `first` on that has some candidate within reach, or `end`. The candidates of a block are
+/// counted: an addition vectorises better than an early way out.
+int next_block_within(float reach, float sum, const float* sums, int first, int end) {
     for (; first < end; first += block) {
-        int inside = 0;
+        int within = 0;
         for (int j = first; j < first + block; ++j) {
-            inside += range.holds(x[j]);
+            within += static_cast<int>(std::abs(sums[j] - sum) <= reach);
         }
-        if (inside != 0) {
+        if (within != 0) {
             break;
         }
     }
@@ -96,7 +84,7 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     std::fill_n(jrels.first_of(natom), natom, 0);
     rotn(natom, r, x1);
 
-    // The sums of the candidates, in whole blocks: what fills up the last one is no number and in no interval.
+    // The sums of the candidates, in whole blocks: what fills up the last one is no number, and within no reach.
     const int padded = natom < 1 ? 0 : (natom - 1) / block * block + block;
     const base::array1<float> sums("sums", 1, padded);
 
@@ -119,21 +107,26 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     for (int k = 0; k < 3 * natom; ++k) {
         largest = std::max(largest, std::abs(place[k]));
     }
-    for (int i = 0; i < natom; ++i) {
-        sum[i] = largest < too_large ? static_cast<float>(sum_of_components(place + 3 * i)) : 0.0F;
+    const bool quick = largest < too_large;
+    const float reach = quick ? reach_of(tol, largest) : 0.0F;
+    const auto sum_of = [=](const double* point) {
+        return quick ? static_cast<float>(sum_of_components(point)) : 0.0F;
+    };
+    for (int j = 0; j < natom; ++j) {
+        sum[j] = sum_of(place + 3 * j);
     }
     std::fill(sum + natom, sum + padded, std::numeric_limits<float>::quiet_NaN());
 
     for (int i = 0; i < natom; ++i) {
-        const interval range(sum_of_components(turned + 3 * i), tol, largest);
+        const float at = sum_of(turned + 3 * i);
         int match = padded;
         for (int first = 0; match == padded; first += block) {
-            first = next_block_inside(sum, range, first, padded);
+            first = next_block_within(reach, at, sum, first, padded);
             if (first == padded) {
                 break;
             }
             int j = first;
-            while (j < first + block && !(range.holds(sum[j]) != 0 && matches(i, j))) {
+            while (j < first + block && !(std::abs(sum[j] - at) <= reach && matches(i, j))) {
                 ++j;
             }
             match = j < first + block ? j : padded;
