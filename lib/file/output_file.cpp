@@ -11,6 +11,7 @@
 namespace file {
 
 output_file::output_file(std::string path) : path_(std::move(path)) {
+    path_.resize(base::trimmed(path_).size());
     std::string reason;
     descriptor_ = open_to_write(path_, reason);
     if (descriptor_ < 0) {

@@ -11,6 +11,7 @@ namespace file {
 class output_file {
   public:
     /// Makes the file, or empties it.
+    ///   path  in  trailing blanks are not part of it
     explicit output_file(std::string path);
     ~output_file();
     output_file(const output_file&) = delete;

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support.hpp"
+
+// What the tests of failing machines share: one run that is good, and what must hold of one that is not.
+
+namespace faults {
+
+/// Whether the program under test carries sanitizers, which need more memory than some tests leave.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool sanitized = true;
+#elif defined(__has_feature)
+constexpr bool sanitized = __has_feature(address_sanitizer);
+#else
+constexpr bool sanitized = false;
+#endif
+
+/// Writes the control file "control" and the Gaussian input "mol.gjf" of a water molecule into the current folder. Its
+/// geometry files are shorter than 512 bytes, its list is longer.
+///   dx  the step as the control file has it
+void write_inputs(std::string_view dx = "0.01");
+
+/// The files of "PES-0", in the order in which they are opened: the list, then the geometry files.
+std::vector<std::string> output_names();
+
+/// The inputs and the outputs of a good run with this step.
+const support::tree& good_tree(const std::string& dx = "0.01");
+
+/// Runs the program in the current folder on "control".
+support::outcome run(const std::vector<std::string>& environment = {});
+
+/// Runs a line of sh in the current folder; "$0" stands for the program.
+support::outcome run_in_shell(const std::string& line, const std::vector<std::string>& environment = {});
+
+/// Everything below the current folder, as support::read_tree names it; a link stays a link, wherever it points.
+support::tree tree_here();
+
+/// Writes the files of a tree into the current folder.
+void write_tree(const support::tree& tree);
+
+/// Whether there is a list here that says that all files before it are whole.
+bool says_complete();
+
+/// Checks that a run succeeded: nothing printed, and all outputs there, byte for byte.
+void expect_good(const support::outcome& result);
+
+/// Checks that a run stopped with this message and has not left a list that says that it is complete.
+void expect_stopped(const support::outcome& result, const std::string& message);
+
+/// What runs the program, in a line of sh, as somebody who may not do what root may do; blank where that is so anyway.
+/// Result: false where there is nobody like that, or where the program is out of reach for them.
+bool find_plain_user(std::string& prefix);
+
+/// The line that the program prints for a message on standard error.
+std::string error_line(const std::string& message);
+
+/// The line that the program prints for an input that will not open.
+std::string input_line(const std::string& name);
+
+}  // namespace faults

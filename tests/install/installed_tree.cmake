@@ -1,0 +1,64 @@
+# Installs the build tree BUILD into an empty place, moves it, and uses what is there: builds and runs consumer/ against
+# the libraries, runs the program, and looks at the manual page.
+cmake_minimum_required(VERSION 3.25)
+
+function(run expected)
+  execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE output ERROR_VARIABLE errors RESULT_VARIABLE status)
+  if(NOT status EQUAL 0)
+    message(FATAL_ERROR "status ${status} from: ${ARGN}\n${output}${errors}")
+  endif()
+  if(NOT expected STREQUAL "anything" AND NOT "${output}${errors}" STREQUAL expected)
+    message(FATAL_ERROR "expected '${expected}', found '${output}${errors}' from: ${ARGN}")
+  endif()
+endfunction()
+
+set(first ${SCRATCH}/first)
+set(prefix ${SCRATCH}/moved)
+file(REMOVE_RECURSE ${SCRATCH})
+run(anything ${CMAKE_COMMAND} --install ${BUILD} --prefix ${first})
+file(RENAME ${first} ${prefix})
+
+# Another project's program, compiled and linked as the libraries were.
+set(flags ${FLAGS})
+if(SANITIZE)
+  string(APPEND flags " -fsanitize=${SANITIZE}")
+endif()
+run(anything ${CMAKE_COMMAND} -S ${SOURCE}/tests/install/consumer -B ${SCRATCH}/consumer -G ${GENERATOR}
+    -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_CXX_FLAGS=${flags} -DVERSION=${VERSION})
+run(anything ${CMAKE_COMMAND} --build ${SCRATCH}/consumer)
+set(example ${prefix}/${DOCDIR}/examples/water)
+run("mol.gjf: 10 lines, 3 atoms, unit 100, operation   I, group  CI, symbol O\n" ${SCRATCH}/consumer/consumer ${example}/mol.gjf)
+
+# The program, on an installed example: the list of a complete run, and nothing printed.
+run("" ${CMAKE_COMMAND} -E chdir ${example} ${prefix}/${BINDIR}/displacement_generator control)
+file(STRINGS ${example}/PES-0/files.out list)
+list(GET list -1 last)
+if(NOT last STREQUAL "End_vesk_info")
+  message(FATAL_ERROR "expected 'End_vesk_info' at the end of files.out, found '${last}'")
+endif()
+
+# The manual page: the version is there, and man has nothing to say against it.
+set(page ${prefix}/${MANDIR}/man1/displacement_generator.1)
+file(READ ${page} text)
+if(NOT text MATCHES "displacement_generator ${VERSION}" OR text MATCHES "@")
+  message(FATAL_ERROR "expected the version ${VERSION} and no '@' in ${page}")
+endif()
+find_program(man man)
+if(man)
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env LC_ALL=C.UTF-8 MANWIDTH=80 ${man} --warnings -l ${page} OUTPUT_QUIET
+                  ERROR_VARIABLE warnings RESULT_VARIABLE status)
+  if(NOT status EQUAL 0 OR NOT warnings STREQUAL "")
+    message(FATAL_ERROR "man: status ${status}\n${warnings}")
+  endif()
+else()
+  message("man is not installed: the manual page was not formatted")
+endif()
+
+# The documents that the installed ones link to.
+foreach(document README.md docs/control.md docs/gaussian-input.md docs/files-out.md docs/symmetry.md docs/displacements.svg
+        examples/README.md)
+  if(NOT EXISTS ${prefix}/${DOCDIR}/${document})
+    message(FATAL_ERROR "${document} is not installed")
+  endif()
+endforeach()
+file(REMOVE_RECURSE ${SCRATCH})

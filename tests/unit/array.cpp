@@ -1,0 +1,192 @@
+#include "base/array.hpp"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <string>
+#include <vector>
+
+#include "base/text.hpp"
+#include "support.hpp"
+
+namespace {
+
+using support::stopped_with;
+
+TEST(array, view1_has_elements_from_its_lower_to_its_upper_index) {
+    struct row {
+        int lower;
+        int upper;
+    };
+    const row rows[] = {{1, 1}, {1, 4}, {0, 100}, {-3, 2}, {-9, -7}, {INT_MAX - 1, INT_MAX}, {INT_MIN, INT_MIN + 2}};
+    for (const row& tested : rows) {
+        SCOPED_TRACE(tested.lower);
+        std::vector<int> elements(base::extent(tested.lower, tested.upper));
+        const base::view1<int> view("v", elements.data(), tested.lower, tested.upper);
+        for (std::size_t i = 0; i < elements.size(); ++i) {
+            EXPECT_EQ(&view(static_cast<int>(tested.lower + static_cast<long long>(i))), elements.data() + i);
+        }
+        EXPECT_EQ(view.lower(), tested.lower);
+        EXPECT_EQ(view.upper(), tested.upper);
+        EXPECT_STREQ(view.name(), "v");
+    }
+}
+
+TEST(array, view1_stops_the_run_outside_its_range) {
+    struct row {
+        int lower;
+        int upper;
+        int index;
+        const char* message;
+    };
+    const row rows[] = {
+        {1, 3, 0, "array 'lines': index 0 is outside 1..3|standard error|2"},
+        {1, 3, 4, "array 'lines': index 4 is outside 1..3|standard error|2"},
+        {1, 3, INT_MIN, "array 'lines': index -2147483648 is outside 1..3|standard error|2"},
+        {1, 3, INT_MAX, "array 'lines': index 2147483647 is outside 1..3|standard error|2"},
+        {0, 2, -1, "array 'lines': index -1 is outside 0..2|standard error|2"},
+        {0, 2, 3, "array 'lines': index 3 is outside 0..2|standard error|2"},
+        {-2, 0, 1, "array 'lines': index 1 is outside -2..0|standard error|2"},
+        {1, 0, 1, "array 'lines': index 1 is outside 1..0|standard error|2"},
+        {1, 0, 0, "array 'lines': index 0 is outside 1..0|standard error|2"},
+    };
+    int elements[3] = {};
+    for (const row& tested : rows) {
+        SCOPED_TRACE(tested.message);
+        const base::view1<int> view("lines", elements, tested.lower, tested.upper);
+        EXPECT_EQ(stopped_with([&] { view(tested.index) = 1; }), tested.message);
+    }
+    for (const int element : elements) {
+        EXPECT_EQ(element, 0);
+    }
+}
+
+TEST(array, view1_checks_a_whole_range_at_once) {
+    int elements[3] = {};
+    const base::view1<int> view("v", elements, 1, 3);
+    for (const int last : {INT_MIN, 0, 1, 3}) {
+        EXPECT_EQ(view.first_of(last), elements);
+    }
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(view.first_of(4)); }),
+              "array 'v': index 4 is outside 1..3|standard error|2");
+}
+
+TEST(array, view2_checks_a_range_of_columns_at_once) {
+    int elements[6] = {};
+    const base::view2<int> view("a", elements, 2, 3);
+    for (const int last : {INT_MIN, 0, 1, 3}) {
+        EXPECT_EQ(view.first_of(last), elements);
+    }
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(view.first_of(4)); }),
+              "array 'a': index 4 of dimension 2 is outside 1..3|standard error|2");
+}
+
+TEST(array, view_of_constants_is_made_from_a_view_of_variables) {
+    int elements[6] = {1, 2, 3, 4, 5, 6};
+    const base::view1<const int> one = base::view1<int>("v", elements, 0, 5);
+    EXPECT_EQ(one(5), 6);
+    const base::view2<const int> two = base::view2<int>("v", elements, 2, 3);
+    EXPECT_EQ(two(2, 3), 6);
+}
+
+TEST(array, view2_runs_fastest_along_its_first_index) {
+    int elements[6] = {11, 21, 12, 22, 13, 23};
+    const base::view2<int> view("a", elements, 2, 3);
+    for (int i = 1; i <= 2; ++i) {
+        for (int j = 1; j <= 3; ++j) {
+            EXPECT_EQ(view(i, j), 10 * i + j);
+            EXPECT_EQ(&view.column(j)(i), &view(i, j));
+        }
+    }
+    EXPECT_EQ(view.rows(), 2);
+    EXPECT_EQ(view.columns(), 3);
+    EXPECT_STREQ(view.name(), "a");
+    EXPECT_EQ(view.column(2).lower(), 1);
+    EXPECT_EQ(view.column(2).upper(), 2);
+}
+
+TEST(array, view2_stops_the_run_outside_either_dimension) {
+    struct row {
+        int i;
+        int j;
+        const char* message;
+    };
+    const row rows[] = {
+        {0, 1, "array 'xyz': index 0 of dimension 1 is outside 1..2|standard error|2"},
+        {3, 1, "array 'xyz': index 3 of dimension 1 is outside 1..2|standard error|2"},
+        {1, 0, "array 'xyz': index 0 of dimension 2 is outside 1..3|standard error|2"},
+        {2, 4, "array 'xyz': index 4 of dimension 2 is outside 1..3|standard error|2"},
+    };
+    int elements[6] = {};
+    const base::view2<int> view("xyz", elements, 2, 3);
+    for (const row& tested : rows) {
+        SCOPED_TRACE(tested.message);
+        EXPECT_EQ(stopped_with([&] { view(tested.i, tested.j) = 1; }), tested.message);
+    }
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(view.column(0)); }), rows[2].message);
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(view.column(4)); }), rows[3].message);
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(view.column(2)(3)); }),
+              "array 'xyz': index 3 is outside 1..2|standard error|2");
+}
+
+TEST(array, view3_gives_one_matrix_after_the_other) {
+    int elements[12] = {};
+    const base::view3<int> view("operations", elements, 2, 3, 2);
+    EXPECT_EQ(&view.matrix(1)(1, 1), elements);
+    EXPECT_EQ(&view.matrix(2)(1, 1), elements + 6);
+    EXPECT_EQ(&view.matrix(2)(2, 3), elements + 11);
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(view.matrix(0)); }),
+              "array 'operations': index 0 of dimension 3 is outside 1..2|standard error|2");
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(view.matrix(3)); }),
+              "array 'operations': index 3 of dimension 3 is outside 1..2|standard error|2");
+}
+
+TEST(array, elements_start_at_zero_false_or_blank) {
+    const base::array1<int> numbers("numbers", -1, 1);
+    const base::array1<bool> flags("flags", 1, 3);
+    const base::array1<base::text<3>> texts("texts", 0, 2);
+    const base::array2<double> matrix("matrix", 2, 2);
+    for (int i = 1; i <= 3; ++i) {
+        EXPECT_EQ(numbers(i - 2), 0);
+        EXPECT_FALSE(flags(i));
+        EXPECT_EQ(std::string_view(texts(i - 1)), "   ");
+    }
+    for (int i = 1; i <= 2; ++i) {
+        for (int j = 1; j <= 2; ++j) {
+            EXPECT_EQ(matrix(i, j), 0.0);
+        }
+    }
+}
+
+TEST(array, without_elements_is_allowed) {
+    const base::array1<int> none("none", 1, 0);
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(none(1)); }),
+              "array 'none': index 1 is outside 1..0|standard error|2");
+    const base::array2<int> no_columns("none", 3, 0);
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(no_columns(1, 1)); }),
+              "array 'none': index 1 of dimension 2 is outside 1..0|standard error|2");
+}
+
+TEST(array, extent_counts_without_overflow) {
+    EXPECT_EQ(base::extent(1, 0), 0U);
+    EXPECT_EQ(base::extent(5, -5), 0U);
+    EXPECT_EQ(base::extent(1, 1), 1U);
+    EXPECT_EQ(base::extent(0, 100), 101U);
+    EXPECT_EQ(base::extent(INT_MIN, INT_MAX), 4294967296U);
+}
+
+TEST(array, allocation_beyond_memory_stops_the_run) {
+    // What the address sanitizer does with such a request is to end the process.
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP();
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+    GTEST_SKIP();
+#endif
+#endif
+    EXPECT_EQ(stopped_with([] { const base::array2<char> huge("huge", INT_MAX, INT_MAX); }),
+              "array 'huge': 4611686014132420609 elements of 1 bytes each would exceed the memory limit"
+              "|standard error|2");
+}
+
+}  // namespace

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <iterator>
+
+#include "file/file.hpp"
+#include "support.hpp"
+
+namespace support {
+
+/// How many descriptors this process has open.
+inline std::ptrdiff_t open_descriptors() {
+    const std::filesystem::directory_iterator first("/proc/self/fd");
+    return std::distance(first, std::filesystem::directory_iterator());
+}
+
+/// A test in a scratch folder. Whatever it does, and however the routines that it calls end, it has to leave units and
+/// descriptors as it found them. Units are given out from 100 upward, so one that is kept shows as 100.
+class file_test : public testing::Test {
+  protected:
+    void TearDown() override {
+        EXPECT_FALSE(file::is_connected(100));
+        EXPECT_EQ(open_descriptors(), descriptors_before_);
+    }
+
+  private:
+    scratch_folder scratch_;
+    std::ptrdiff_t descriptors_before_ = open_descriptors();
+};
+
+}  // namespace support
