@@ -34,9 +34,9 @@ observed run_with(const failure& what, int turn, const std::string& file = "") {
     const std::string mark = fs::current_path().string() + "-mark";
     fs::remove(mark);
     const support::outcome result =
-        faults::run({"LD_PRELOAD=" FAILING_CALLS, "ASAN_OPTIONS=verify_asan_link_order=0", "FAILING_CALL=" + what.call,
-                     "FAILING_WAY=" + what.way, "FAILING_TURN=" + std::to_string(turn), "FAILING_FILE=" + file,
-                     "FAILING_MARK=" + mark});
+        faults::run({std::string("LD_PRELOAD=") + FAILING_CALLS, "ASAN_OPTIONS=verify_asan_link_order=0",
+                     "FAILING_CALL=" + what.call, "FAILING_WAY=" + what.way, "FAILING_TURN=" + std::to_string(turn),
+                     "FAILING_FILE=" + file, "FAILING_MARK=" + mark});
     const bool happened = fs::exists(mark);
     const std::string name = support::read_file(mark);
     fs::remove(mark);

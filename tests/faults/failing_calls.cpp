@@ -7,7 +7,6 @@
 #include <csignal>
 #include <cstdarg>
 #include <cstddef>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -43,7 +42,7 @@ char names[most_descriptors][longest_name] = {};  // of the program's own files;
 
 template <std::size_t n>
 void copy_text(char (&to)[n], const char* from) {
-    std::snprintf(to, n, "%s", from == nullptr ? "" : from);
+    std::strncpy(to, from == nullptr ? "" : from, n - 1);
 }
 
 /// Only the program itself is to suffer, not the commands that it runs.

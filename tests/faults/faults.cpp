@@ -1,6 +1,8 @@
 #include "faults.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <map>
@@ -100,5 +102,15 @@ std::string error_line(const std::string& message) { return "displacement_genera
 std::string input_line(const std::string& name) {
     return " Error in opening file '" + name + "' in function num_file_lines, stop!\n";
 }
+
+listening_socket::listening_socket(const std::string& name)
+    : descriptor_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    name.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(::bind(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+}
+
+listening_socket::~listening_socket() { ::close(descriptor_); }
 
 }  // namespace faults

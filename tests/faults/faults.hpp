@@ -61,4 +61,16 @@ std::string error_line(const std::string& message);
 /// The line that the program prints for an input that will not open.
 std::string input_line(const std::string& name);
 
+/// A name in the file system that this process listens at.
+class listening_socket {
+  public:
+    explicit listening_socket(const std::string& name);
+    ~listening_socket();
+    listening_socket(const listening_socket&) = delete;
+    listening_socket& operator=(const listening_socket&) = delete;
+
+  private:
+    int descriptor_;
+};
+
 }  // namespace faults

@@ -1,11 +1,8 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <string_view>
 
 #include "faults.hpp"
@@ -15,23 +12,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A name in the file system that a process listens at.
-class listening_socket {
-  public:
-    explicit listening_socket(const char* name) : descriptor_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::strncpy(address.sun_path, name, sizeof address.sun_path - 1);
-        ::bind(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    }
-    ~listening_socket() { ::close(descriptor_); }
-    listening_socket(const listening_socket&) = delete;
-    listening_socket& operator=(const listening_socket&) = delete;
-
-  private:
-    int descriptor_;
-};
 
 /// Runs the program on a control file and checks that it says this, and nothing else, and leaves nothing.
 void expect_refused(const std::string& control, const std::string& message) {
@@ -47,7 +27,7 @@ void expect_refused(const std::string& control, const std::string& message) {
 TEST(control_file, that_is_no_file) {
     const support::scratch_folder scratch;
     fs::create_directory("folder");
-    const listening_socket socket("socket");
+    const faults::listening_socket socket("socket");
     fs::create_symlink("circle", "circle");
     fs::create_symlink("missing", "nowhere");
     support::write_file("file", "");
@@ -156,7 +136,7 @@ TEST(control_file, that_is_a_fifo_with_a_writer) {
 TEST(gaussian_input, that_is_no_file) {
     const support::scratch_folder scratch;
     fs::create_directory("folder");
-    const listening_socket socket("socket");
+    const faults::listening_socket socket("socket");
     fs::create_symlink("circle", "circle");
     fs::create_symlink("missing", "nowhere");
     ::mkfifo("fifo", 0600);

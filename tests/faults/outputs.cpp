@@ -1,12 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <cstring>
 
 #include "faults.hpp"
 
@@ -112,13 +107,8 @@ TEST_F(output, fifo_whose_reader_goes_away) {
 }
 
 TEST_F(output, socket_in_place_of_a_file) {
-    const int server = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, list_name, sizeof address.sun_path - 1);
-    ASSERT_EQ(::bind(server, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    const faults::listening_socket socket(list_name);
     expect_stopped(faults::run(), "PES-0/files.out: cannot open for writing: No such device or address");
-    ::close(server);
 }
 
 TEST_F(output, file_in_place_of_the_working_directory) {

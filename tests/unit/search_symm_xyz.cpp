@@ -298,7 +298,7 @@ std::vector<int> any_images(generator& random, int natom) {
         std::shuffle(images.begin(), images.end(), random);
     } else if (kind >= 3) {  // anything, for the last kind also what is no atom
         const int out = kind == 4 ? 2 : 0;
-        std::uniform_int_distribution<int> any(1 - out, natom + out);
+        std::uniform_int_distribution<int> any(1 - out, std::max(natom, 1) + out);
         for (int& image_of : images) {
             image_of = any(random);
         }

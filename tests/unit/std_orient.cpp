@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <initializer_list>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -55,7 +54,7 @@ outcome oriented(const molecule& x, int nop, const std::array<bool, 8>& present,
     return result;
 }
 
-std::array<bool, 8> flags(std::initializer_list<int> operations) {
+std::array<bool, 8> flags(const std::vector<int>& operations) {
     std::array<bool, 8> result = {true};
     for (const int k : operations) {
         result.at(static_cast<std::size_t>(k - 1)) = true;
@@ -88,7 +87,7 @@ const molecule anywhere = {{1, 2, 3}, {-4, 5, 0.5}};
 struct row {
     std::string_view name;
     int nop;
-    std::initializer_list<int> present;  ///< besides the identity
+    std::vector<int> present;  ///< besides the identity
     molecule x;
     int ipg;
     molecule turned;
