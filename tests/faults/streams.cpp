@@ -1,6 +1,4 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "faults.hpp"
 
@@ -80,32 +78,16 @@ TEST(streams, that_are_full_do_not_change_the_status) {
     EXPECT_EQ(faults::run_in_shell("exec \"$0\" none 2>/dev/full").status, 2);
 }
 
-/// A pipe without a reader, at this number, for the programs that are started from here.
-class broken_pipe {
-  public:
-    static constexpr int number = 9;
-
-    broken_pipe() {
-        int ends[2] = {-1, -1};
-        if (::pipe2(ends, O_CLOEXEC) == 0) {
-            ::dup2(ends[1], number);
-            ::close(ends[0]);
-            ::close(ends[1]);
-        }
-    }
-    ~broken_pipe() { ::close(number); }
-    broken_pipe(const broken_pipe&) = delete;
-    broken_pipe& operator=(const broken_pipe&) = delete;
-};
+/// Descriptor 5 becomes a pipe without a reader.
+constexpr const char* break_pipe = "mkfifo broken; exec 4<>broken 5>broken 4<&-; rm broken; ";
 
 TEST(streams, that_nobody_reads_do_not_change_the_status) {
     const support::scratch_folder scratch;
-    const broken_pipe pipe;
     support::write_file("control", "&control fxyz = 'missing.gjf' /\n");
-    EXPECT_EQ(faults::run_in_shell(with(">&9")).status, 1);
-    EXPECT_EQ(faults::run_in_shell("exec \"$0\" none 2>&9").status, 2);
+    EXPECT_EQ(faults::run_in_shell(break_pipe + with(">&5")).status, 1);
+    EXPECT_EQ(faults::run_in_shell(break_pipe + std::string("exec \"$0\" none 2>&5")).status, 2);
     faults::write_inputs();
-    faults::expect_good(faults::run_in_shell(with(">&9 2>&9")));
+    faults::expect_good(faults::run_in_shell(break_pipe + with(">&5 2>&5")));
 }
 
 }  // namespace

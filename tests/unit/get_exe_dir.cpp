@@ -73,7 +73,8 @@ TEST_F(get_exe_dir, is_the_folder_of_this_program) {
 TEST_F(get_exe_dir, is_taken_from_column_74_of_the_first_mapping) {
     const std::string head = "55d0c8a00000-55d0c8a02000 r--p 00000000 08:01 1234567                    ";
     ASSERT_EQ(head.size(), 73U);
-    const std::string long_path = '/' + std::string(900, 'd');
+    // Its path has a last "/" in column 1000, the last one that is read.
+    const std::string long_dir = '/' + std::string(925, 'd');
     struct row {
         std::string map;
         std::size_t length;
@@ -89,9 +90,9 @@ TEST_F(get_exe_dir, is_taken_from_column_74_of_the_first_mapping) {
         {head + "\n", 4, "[    ]"},
         {"too short\n", 4, "[    ]"},
         {"\n", 4, "[    ]"},
-        {head + long_path + "/prog\n", 901, '[' + long_path + ']'},
-        // The path goes on behind the 1000th character, where it is not seen any more.
-        {head + long_path + "/twenty-one-character/prog\n", 901, '[' + long_path + ']'},
+        {std::string(73, '-') + "/opt/prog\n", 4, "[/opt]"},
+        {head + long_dir + "/prog\n", 926, '[' + long_dir + ']'},
+        {head + long_dir + "d/prog\n", 4, "[    ]"},
         {"", 4, "/proc/PID/maps: found no line, expected the program's first mapping|standard error|2"},
     };
     for (const row& tested : rows) {
