@@ -21,7 +21,7 @@ struct control {
 /// is looked at. The file may be a pipe.
 ///   path  in  the control file: of a longer text the first 200 characters, without trailing blanks
 /// A file that cannot be read, has no such group within the first 1048576 bytes, or a group with a mistake in it stops
-/// the run with a message that names the line.
+/// the run with a message that names the file and, where there is one, the line.
 control read_control(std::string_view path);
 
 }  // namespace tools

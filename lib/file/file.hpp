@@ -30,7 +30,7 @@ bool is_connected(int fid);
 
 /// Connects a unit to a file. To read, the file must exist and be a regular file: text files are read more than once,
 /// so a pipe or a device does not do. To write, the file is made if it is missing and emptied if it is not.
-///   fid    in  a unit that is not connected; another one stops the run
+///   fid    in  a unit from 1 upward that is not connected; another one stops the run
 ///   fname  in  the file
 /// Result: blank when the unit is connected now, otherwise why it is not.
 std::string open_unit(int fid, std::string_view fname, action what);
@@ -56,7 +56,8 @@ std::int64_t record_length(int fid);
 // ---- Text file access
 
 /// The number of records of a text file. A file that cannot be opened stops the run with exit status 1 and a message on
-/// standard output: " Error in opening file 'FNAME' in function num_file_lines, stop!".
+/// standard output: " Error in opening file 'FNAME' in function num_file_lines, stop!". A file that cannot be read, or
+/// that has more records than an integer counts, stops it too.
 int num_file_lines(std::string_view fname);
 
 /// The longest record that a connection to the file accepts: 2147483647. A file that cannot be opened has none; that is

@@ -7,7 +7,8 @@
 namespace file {
 
 /// A file that is being written, every call of the system checked: what fails stops the run with
-/// "PATH: cannot open|write|close: REASON". A file that goes out of use without close() is closed silently.
+/// "PATH: cannot open for writing: REASON", "PATH: cannot write: REASON" or "PATH: cannot close: REASON". A file that
+/// goes out of use without close() is closed silently.
 class output_file {
   public:
     /// Makes the file, or empties it.

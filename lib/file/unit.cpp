@@ -1,5 +1,6 @@
 #include "file/unit.hpp"
 
+#include <cerrno>
 #include <map>
 #include <optional>
 #include <utility>
@@ -44,6 +45,9 @@ unit* find(int fid) {
 bool is_connected(int fid) { return find(fid) != nullptr; }
 
 std::string open_unit(int fid, std::string_view fname, action what) {
+    if (fid < 1) {
+        throw base::run_error("unit " + std::to_string(fid) + ": expected a positive number");
+    }
     if (is_connected(fid)) {
         throw base::run_error("unit " + std::to_string(fid) + ": already connected to " + name_of(fid));
     }

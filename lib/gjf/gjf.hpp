@@ -17,9 +17,10 @@
 // A blank line is empty or holds nothing but spaces; a tab is not a blank here. Of each line the first 200 characters
 // count.
 //
-// Every routine is given the path of the file and reads it once, whole. A file that cannot be opened stops the run as
-// file::num_file_lines does. A section that is missing stops the run with a message that names the file, the line where
-// the search began, and what was looked for; the results are unchanged then.
+// Every routine is given the path of the file and reads it itself: once to count its lines, once for the lines. A file
+// that cannot be opened stops the run as file::num_file_lines does. A section that is missing stops the run with a
+// message that names the file, the line where the search began, and what was looked for; the results are unchanged
+// then.
 
 namespace gjf {
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
@@ -96,7 +97,7 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     const double* weight = mass.first_of(natom);
     int* image = jrels.first_of(natom);
     const double limit = largest_sum(tol);
-    const auto matches = [=](int i, int j) {
+    const auto matches = [=](std::ptrdiff_t i, std::ptrdiff_t j) {
         const double d1 = turned[3 * i] - place[3 * j];
         const double d2 = turned[3 * i + 1] - place[3 * j + 1];
         const double d3 = turned[3 * i + 2] - place[3 * j + 2];
@@ -113,12 +114,12 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
         return quick ? static_cast<float>(sum_of_components(point)) : 0.0F;
     };
     for (int j = 0; j < natom; ++j) {
-        sum[j] = sum_of(place + 3 * j);
+        sum[j] = sum_of(place + std::ptrdiff_t{3} * j);
     }
-    std::fill(sum + natom, sum + padded, std::numeric_limits<float>::quiet_NaN());
+    std::fill(sum + std::max(natom, 0), sum + padded, std::numeric_limits<float>::quiet_NaN());
 
     for (int i = 0; i < natom; ++i) {
-        const float at = sum_of(turned + 3 * i);
+        const float at = sum_of(turned + std::ptrdiff_t{3} * i);
         int match = padded;
         for (int first = 0; match == padded; first += block) {
             first = next_block_within(reach, at, sum, first, padded);

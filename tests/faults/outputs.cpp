@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -188,11 +189,18 @@ TEST_F(output, file_that_may_not_be_written) {
     EXPECT_EQ(support::read_file(geometry_name), "of another run\n");
 }
 
+/// Result: whether what this process mounts from now on is seen by it alone, and is gone when it ends.
+bool mounts_privately() {
+    static const bool result =
+        ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    return result;
+}
+
 /// A file system of so many pages and files in place of the working directory.
 class small_device {
   public:
     explicit small_device(const std::string& options)
-        : mounted_(::mount("none", "PES-0", "tmpfs", 0, options.c_str()) == 0) {}
+        : mounted_(mounts_privately() && ::mount("none", "PES-0", "tmpfs", 0, options.c_str()) == 0) {}
     ~small_device() {
         if (mounted_) {
             ::umount("PES-0");

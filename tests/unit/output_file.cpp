@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <memory>
 #include <string>
 
 #include "file_test.hpp"
@@ -32,17 +33,17 @@ class output_file : public support::file_test {
 
 TEST_F(output_file, holds_what_was_written) {
     support::write_file("old", std::string(1000, '?'));
-    for (const char* path : {"new", "old"}) {
+    for (const char* path : {"new", "old", "blanks behind it  "}) {
         file::output_file output(path);
         output.write("first line\n");
         output.write("");
         output.write("second");
         // Every call writes at once.
-        EXPECT_EQ(support::read_file(path), "first line\nsecond");
+        EXPECT_EQ(support::read_file(base::trimmed(path)), "first line\nsecond");
         output.close();
     }
     const std::string text = "first line\nsecond";
-    EXPECT_EQ(support::read_tree("."), (support::tree{{"new", text}, {"old", text}}));
+    EXPECT_EQ(support::read_tree("."), (support::tree{{"new", text}, {"old", text}, {"blanks behind it", text}}));
 }
 
 TEST_F(output_file, is_empty_until_it_is_written) {
@@ -55,6 +56,16 @@ TEST_F(output_file, is_empty_until_it_is_written) {
 TEST_F(output_file, is_closed_when_it_goes_out_of_use) {
     { file::output_file("new").write("bytes"); }
     EXPECT_EQ(support::read_file("new"), "bytes");
+}
+
+TEST_F(output_file, that_is_closed_closes_nothing_more) {
+    auto first = std::make_unique<file::output_file>("first");
+    first->close();
+    file::output_file second("second");  // has the descriptor that the other one had
+    first.reset();
+    second.write("bytes");
+    second.close();
+    EXPECT_EQ(support::read_file("second"), "bytes");
 }
 
 TEST_F(output_file, keeps_its_tail_when_closing_goes_well) {
@@ -73,7 +84,7 @@ TEST_F(output_file, that_cannot_be_opened_stops_the_run) {
         std::string expected;
     };
     const row rows[] = {
-        {"missing/new", "missing/new: cannot open for writing: No such file or directory|standard error|2"},
+        {"missing/new ", "missing/new: cannot open for writing: No such file or directory|standard error|2"},
         {"folder", "folder: cannot open for writing: Is a directory|standard error|2"},
         {"regular/new", "regular/new: cannot open for writing: Not a directory|standard error|2"},
         {"fifo", "fifo: cannot open for writing: No such device or address|standard error|2"},

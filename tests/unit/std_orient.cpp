@@ -144,6 +144,10 @@ const std::vector<row>& rows() {
         // In xy with its axis on z: the first pass leaves it in yz.
         {"C2v flagged, in the xy plane", 4, {szx}, {{1, 2, 0}}, 4, {{0, 2, 1}}},
         {"linear on z: a quarter turn twice", 4, {c2z, szx, syz}, {{0, 0, 1}, {0, 0, -2}}, 4, {{0, 0, 1}, {0, 0, -2}}},
+        // Linear but for so little that it counts as zero: what is left of it shows how often the molecule was turned.
+        {"nearly linear on z", 4, {c2z, szx, syz}, {{1e-7, 5e-7, 2}}, 4, {{-1e-7, -5e-7, 2}}},
+        {"nearly linear on y", 4, {c2z, szx, syz}, {{1e-7, 2, 5e-7}}, 4, {{-1e-7, 2, -5e-7}}},
+        {"nearly linear on x", 4, {c2z, szx, syz}, {{2, 1e-7, 5e-7}}, 4, {{-1e-7, -2, -5e-7}}},
         // Both turns in the first pass; the second finds it on y.
         {"linear on x", 4, {c2z, szx, syz}, {{1, 0, 0}}, 4, {{0, -1, 0}}},
 
