@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -129,10 +130,14 @@ class view3 {
     int slabs_;
 };
 
+/// Whether so many bytes can be counted at all; no allocation may be asked for more.
+constexpr bool is_countable(std::size_t elements, std::size_t bytes) { return elements <= PTRDIFF_MAX / bytes; }
+
 /// `count` new elements for the array `name`; stops the run where the memory is not to be had.
 template <class element>
 std::unique_ptr<element[]> allocate(const char* name, std::size_t count) {
-    std::unique_ptr<element[]> elements(new (std::nothrow) element[count]());
+    std::unique_ptr<element[]> elements(is_countable(count, sizeof(element)) ? new (std::nothrow) element[count]()
+                                                                             : nullptr);
     if (!elements) {
         allocation_error(name, count, sizeof(element));
     }
@@ -142,7 +147,8 @@ std::unique_ptr<element[]> allocate(const char* name, std::size_t count) {
 /// The same, with elements that hold anything.
 template <class element>
 std::unique_ptr<element[]> allocate_for_overwrite(const char* name, std::size_t count) {
-    std::unique_ptr<element[]> elements(new (std::nothrow) element[count]);
+    std::unique_ptr<element[]> elements(is_countable(count, sizeof(element)) ? new (std::nothrow) element[count]
+                                                                             : nullptr);
     if (!elements) {
         allocation_error(name, count, sizeof(element));
     }

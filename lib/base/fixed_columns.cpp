@@ -29,19 +29,36 @@ char* grown(std::string& line, int width) {
 }  // namespace
 
 void put_integer(char* field, int width, int value) {
-    char digits[16];
-    const char* end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    put_right_justified(field, static_cast<std::size_t>(width), {digits, static_cast<std::size_t>(end - digits)});
+    char* first = field + width;  // of what is written: from the last digit to the sign
+    bool fits = true;
+    const auto put = [&](char c) {
+        fits = fits && first != field;
+        if (fits) {
+            *--first = c;
+        }
+    };
+    auto rest = static_cast<unsigned>(value);
+    rest = value < 0 ? 0 - rest : rest;
+    do {
+        put(static_cast<char>('0' + rest % 10));
+        rest /= 10;
+    } while (rest != 0);
+    if (value < 0) {
+        put('-');
+    }
+    std::fill(field, fits ? first : field + width, fits ? ' ' : '*');
 }
 
 void put_real(char* field, int width, int decimals, double value) {
-    char digits[64];
+    char digits[512];  // the largest double has 309 digits before its point
     std::string_view number;
     if (std::isfinite(value)) {
         const auto result = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, decimals);
-        // A number that does not fit 64 characters fits no field either: it shows as asterisks.
-        const char* end = result.ec == std::errc{} ? result.ptr : digits + sizeof digits;
-        number = {digits, static_cast<std::size_t>(end - digits)};
+        if (result.ec != std::errc{}) {
+            std::fill_n(field, static_cast<std::size_t>(width), '*');
+            return;
+        }
+        number = {digits, static_cast<std::size_t>(result.ptr - digits)};
     } else {
         number = std::isnan(value) ? "NaN" : std::signbit(value) ? "-Infinity" : "Infinity";
     }

@@ -3,7 +3,8 @@
 #include <string>
 #include <string_view>
 
-// Fields of fixed-column output, each exactly `width` columns. A number that does not fit its field shows as asterisks.
+// Fields of fixed-column output, each exactly `width` columns. A number that does not fit its field shows as asterisks,
+// and so does a real of more than 512 characters in any field.
 
 namespace base {
 

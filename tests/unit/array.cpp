@@ -187,6 +187,12 @@ TEST(array, allocation_beyond_memory_stops_the_run) {
     EXPECT_EQ(stopped_with([] { const base::array2<char> huge("huge", INT_MAX, INT_MAX); }),
               "array 'huge': 4611686014132420609 elements of 1 bytes each would exceed the memory limit"
               "|standard error|2");
+    EXPECT_EQ(stopped_with([] { const base::array2<double> huge("huge", INT_MAX, INT_MAX); }),
+              "array 'huge': 4611686014132420609 elements of 8 bytes each would exceed the memory limit"
+              "|standard error|2");
+    EXPECT_EQ(stopped_with([] { base::allocate_for_overwrite<double>("huge", SIZE_MAX / sizeof(double)); }),
+              "array 'huge': 2305843009213693951 elements of 8 bytes each would exceed the memory limit"
+              "|standard error|2");
 }
 
 }  // namespace

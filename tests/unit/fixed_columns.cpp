@@ -111,11 +111,19 @@ TEST(fixed_columns, reals_have_their_decimals_and_a_sign_that_is_kept) {
         {40, 30, 0.1, "        0.100000000000000005551115123126"},
         {1, 0, 9.4, "9"},
         {1, 0, 9.5, "*"},
+        {70, 66, 0.5, "  0.500000000000000000000000000000000000000000000000000000000000000000"},
     };
     for (const row& tested : rows) {
         SCOPED_TRACE(tested.value);
         EXPECT_EQ(real_field(tested.width, tested.decimals, tested.value), tested.expected);
     }
+}
+
+TEST(fixed_columns, a_real_of_more_than_512_characters_is_asterisks) {
+    EXPECT_EQ(real_field(520, 509, 1.5), std::string(9, ' ') + "1.5" + std::string(508, '0'));
+    EXPECT_EQ(real_field(520, 510, 1.5), std::string(8, ' ') + "1.5" + std::string(509, '0'));
+    EXPECT_EQ(real_field(520, 511, 1.5), std::string(520, '*'));
+    EXPECT_EQ(real_field(310, 0, 1e308), ' ' + printed(309, 0, 1e308));
 }
 
 TEST(fixed_columns, reals_are_what_the_c_library_writes) {
