@@ -95,9 +95,9 @@ void check_file(std::string_view bytes, int n, int nb) {
         const progress reached = read_by_hand(lines, nb, expected);
         fuzz::check(error.has_value() != reached.complete, "a matrix is read where there is one");
         if (error) {
-            // Behind the last line, or in the line that is wrong; a file without lines has none to name.
-            fuzz::check_equal(fuzz::checked_line(*error, file.name(), 0, static_cast<int>(lines.size())), reached.line,
-                              "the message names the line");
+            // The line that is wrong, or the one that would follow the last.
+            fuzz::check_equal(fuzz::checked_line(*error, file.name(), 1, static_cast<int>(lines.size()) + 1),
+                              reached.line + (reached.at_end ? 1 : 0), "the message names the line");
         } else {
             base::text<100> line("?");
             const bool more = static_cast<std::size_t>(reached.line) < lines.size();

@@ -28,6 +28,8 @@ std::string lower_case(std::string word) {
 struct place {
     int line = 0;
     int column = 0;
+
+    friend bool operator==(const place&, const place&) = default;
 };
 
 std::string in_words(place at) { return "line " + std::to_string(at.line) + ", column " + std::to_string(at.column); }
@@ -42,7 +44,8 @@ struct group {
     [[nodiscard]] place here() const { return {source.line(), source.column()}; }
 
     [[noreturn]] void stop(place at, std::string message) const {
-        if (long_text.line != 0) {  // a missing mark shows only where its text meets the next mark
+        if (long_text.line != 0 &&
+            !(long_text == at)) {  // a missing mark shows only where its text meets the next mark
             message +=
                 "; the text that begins on " + in_words(long_text) + " runs over several lines, is its end missing?";
         }
@@ -184,8 +187,9 @@ void read_assignment(group& g) {
     const std::string found = take_word(source);
     const std::string key = lower_case(found);
     skip_blanks(source);
-    if (source.peek() != '=') {
-        g.stop(at, "expected 'key = value' or the '/' that ends the group, found '" + base::shown(found) + "'");
+    if (found.empty() || source.peek() != '=') {
+        g.stop(at, "expected 'key = value' or the '/' that ends the group, found '" +
+                       (found.empty() ? "=" : base::shown(found)) + "'");
     }
     source.take();
     skip_blanks(source);

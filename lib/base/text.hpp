@@ -11,6 +11,10 @@ namespace base {
 
 /// `value` without its trailing blanks; only the space character is a blank.
 inline std::string_view trimmed(std::string_view value) {
+    constexpr std::string_view many = "        ";
+    while (value.ends_with(many)) {  // a text of fixed length is mostly blanks
+        value.remove_suffix(many.size());
+    }
     return value.substr(0, value.find_last_not_of(' ') + 1);  // of a blank value npos + 1, that is nothing
 }
 
@@ -39,9 +43,8 @@ template <std::size_t n>
 struct text {
     char characters[n];
 
-    constexpr text() : text(std::string_view{}) {}
-    constexpr text(std::string_view value)
-        : characters{} {  // a text is assigned from any value that it can be cut from
+    constexpr text() { std::fill(characters, characters + n, ' '); }
+    constexpr text(std::string_view value) {  // a text is assigned from any value that it can be cut from
         const std::size_t kept = std::min(n, value.size());
         std::copy_n(value.begin(), kept, characters);
         std::fill(characters + kept, characters + n, ' ');

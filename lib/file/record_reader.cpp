@@ -80,7 +80,7 @@ bool next_record(record_reader& reader, std::size_t longest, std::string_view& r
             reader.begin = 0;
         }
         const bool full = reader.begin == 0 && reader.end == reader.capacity;
-        if (full && reader.capacity >= std::max(block_size, longest + 2) && !reader.ended) {
+        if (full && reader.capacity >= std::max(block_size, longest + 2)) {
             pass_over_rest(reader, longest);
             record = {reader.block.get(), longest};
             ++reader.line_number;

@@ -22,9 +22,10 @@ void read_atom(const input_lines& input, int line_number, base::view1<double> xy
     const auto stop = [&](const std::string& what) {
         throw base::run_error(input.name + ":" + std::to_string(line_number) + ": " + what);
     };
-    std::string_view rest = input.lines(line_number);
+    const std::string_view line = input.lines(line_number).trimmed();
+    std::string_view rest = line;
     if (base::next_text(rest, symbol) != base::field_kind::value) {
-        stop("expected an element symbol and three numbers, found '" + base::shown(base::trimmed(rest)) + "'");
+        stop("expected an element symbol and three numbers, found '" + base::shown(base::left_adjusted(line)) + "'");
     }
     for (int i = 1; i <= 3; ++i) {
         std::string_view field;

@@ -56,8 +56,9 @@ int find_route(const input_lines& input) {
             return i;
         }
     }
-    throw base::run_error(input.name + ":1: expected a route line, that is one that begins with '#', found none in " +
-                          std::to_string(input.nline) + " lines");
+    throw base::run_error(input.name +
+                          ":1: expected a route line, that is one that begins with '#', found none up to " +
+                          "the end of the file (line " + std::to_string(input.nline) + ")");
 }
 
 int find_title(const input_lines& input) {

@@ -89,7 +89,8 @@ TEST(memory_limit, that_a_large_sparse_input_does_not_touch) {
     const support::outcome result =
         faults::run_in_shell((faults::sanitized ? "" : "ulimit -v 100000; ") + std::string("exec \"$0\" control"));
     faults::expect_stopped(result,
-                           "mol.gjf:1: expected a route line, that is one that begins with '#', found none in 1 lines");
+                           "mol.gjf:1: expected a route line, that is one that begins with '#', found none up to the "
+                           "end of the file (line 1)");
     EXPECT_FALSE(fs::exists("PES-0"));
 }
 

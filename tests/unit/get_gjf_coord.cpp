@@ -138,7 +138,8 @@ TEST_F(get_gjf_coord, stops_the_run_at_a_line_that_is_no_atom) {
         {"'O 1 2 3", "expected an element symbol and three numbers, found ''O 1 2 3'"},
         {"", "expected an element symbol and three numbers, found ''"},
         {"   ", "expected an element symbol and three numbers, found ''"},
-        {"\t", "expected an element symbol and three numbers, found ''"},
+        {"\t", "expected an element symbol and three numbers, found '\\t'"},
+        {",1 2 3", "expected an element symbol and three numbers, found ',1 2 3'"},
     };
     for (const row& tested : rows) {
         SCOPED_TRACE(testing::PrintToString(tested.line));
@@ -179,7 +180,8 @@ TEST_F(get_gjf_coord, of_a_file_without_its_sections_stops_the_run) {
     };
     const row rows[] = {
         {"O 1 2 3\n",
-         "mol.gjf:1: expected a route line, that is one that begins with '#', found none in 1 lines|standard error|2"},
+         "mol.gjf:1: expected a route line, that is one that begins with '#', found none up to the end of the file "
+         "(line 1)|standard error|2"},
         {"#\n\nt\n\n",
          "mol.gjf:4: expected a charge and multiplicity line, found the end of the file (line 4); the route line is "
          "line 1, the last one that begins with '#'|standard error|2"},

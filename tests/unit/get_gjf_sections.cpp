@@ -81,11 +81,14 @@ TEST_F(get_gjf_sections, that_are_missing_stop_the_run) {
     };
     const row rows[] = {
         {"", 0,
-         "mol.gjf:1: expected a route line, that is one that begins with '#', found none in 0 lines|standard error|2"},
+         "mol.gjf:1: expected a route line, that is one that begins with '#', found none up to the end of the file "
+         "(line 0)|standard error|2"},
         {"\n\n", 0,
-         "mol.gjf:1: expected a route line, that is one that begins with '#', found none in 2 lines|standard error|2"},
+         "mol.gjf:1: expected a route line, that is one that begins with '#', found none up to the end of the file "
+         "(line 2)|standard error|2"},
         {"\t#p opt\n\nt\n\n0 1\nH 0 0 0\n", 0,
-         "mol.gjf:1: expected a route line, that is one that begins with '#', found none in 6 lines|standard error|2"},
+         "mol.gjf:1: expected a route line, that is one that begins with '#', found none up to the end of the file "
+         "(line 6)|standard error|2"},
         {"%chk=a\n#p opt\nt\n0 1\n", 1,
          "mol.gjf:3: expected a blank line that ends the route section, found the end of the file (line 4); the route "
          "line is line 2, the last one that begins with '#'|standard error|2"},
@@ -132,7 +135,8 @@ TEST_F(get_gjf_sections, that_are_missing_stop_the_run) {
 TEST_F(get_gjf_sections, show_a_file_name_fit_for_a_message) {
     support::write_file("a\nb", "");
     EXPECT_EQ(result_of(gjf::get_gjf_natom, "a\nb"),
-              "a\\nb:1: expected a route line, that is one that begins with '#', found none in 0 lines"
+              "a\\nb:1: expected a route line, that is one that begins with '#', found none up to the end of the file "
+              "(line 0)"
               "|standard error|2");
 }
 

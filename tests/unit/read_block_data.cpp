@@ -85,9 +85,19 @@ TEST_F(read_block_data, reads_rows_of_any_length) {
     ASSERT_EQ(file::open_unit(100, "matrix", action::read), "");
     const base::array2<double> a("a", 1, n);
     EXPECT_EQ(stopped_with([&] { file::read_block_data(100, n, a, n); }),
-              "matrix:2: the file ends behind this line, expected row 2 of columns 1 to 20000|standard error|2");
+              "matrix:3: the file ends before this line, expected row 2 of columns 1 to 20000|standard error|2");
     EXPECT_EQ(a(1, n), n);
     file::close_unit(100);
+}
+
+TEST_F(read_block_data, takes_rows_of_a_mebibyte_and_no_longer_ones) {
+    const base::array2<double> a("a", 1, 1);
+    const std::string row = "1 2.5 ";
+    const std::string rest((1 << 20) - row.size(), '!');
+    EXPECT_EQ(message_of("heading" + rest + rest + "\n" + row + rest, 1, a, 1), "no error");
+    EXPECT_EQ(a(1, 1), 2.5);
+    EXPECT_EQ(message_of("heading\n" + row + rest + "!\n", 1, a, 1),
+              "matrix:2: row 1 of columns 1 to 1: expected at most 1048576 characters|standard error|2");
 }
 
 TEST_F(read_block_data, of_order_zero_reads_nothing) {
@@ -101,13 +111,13 @@ TEST_F(read_block_data, stops_the_run_at_what_is_missing_or_no_number) {
         const char* expected;
     };
     const row rows[] = {
-        {"", "matrix:0: the file ends behind this line, expected the heading of columns 1 to 2|standard error|2"},
-        {"h\n", "matrix:1: the file ends behind this line, expected row 1 of columns 1 to 2|standard error|2"},
-        {"h\n1 1 2\n", "matrix:2: the file ends behind this line, expected row 2 of columns 1 to 2|standard error|2"},
+        {"", "matrix:1: the file ends before this line, expected the heading of columns 1 to 2|standard error|2"},
+        {"h\n", "matrix:2: the file ends before this line, expected row 1 of columns 1 to 2|standard error|2"},
+        {"h\n1 1 2\n", "matrix:3: the file ends before this line, expected row 2 of columns 1 to 2|standard error|2"},
         {"h\n1 1 2\n2 3 4\n3 5 6\n",
-         "matrix:4: the file ends behind this line, expected the heading of columns 3 to 3|standard error|2"},
+         "matrix:5: the file ends before this line, expected the heading of columns 3 to 3|standard error|2"},
         {"h\n1 1 2\n2 3 4\n3 5 6\nh\n1 7\n",
-         "matrix:6: the file ends behind this line, expected row 2 of columns 3 to 3|standard error|2"},
+         "matrix:7: the file ends before this line, expected row 2 of columns 3 to 3|standard error|2"},
         {"h\n\n", "matrix:2: row 1 of columns 1 to 2: expected the number of the row, found none|standard error|2"},
         {"h\n,1 2\n", "matrix:2: row 1 of columns 1 to 2: expected the number of the row, found none|standard error|2"},
         {"h\n1.0 1 2\n",
@@ -158,7 +168,7 @@ TEST_F(read_block_data, of_no_columns_or_no_unit_stops_the_run) {
     file::close_unit(100);
     ASSERT_EQ(file::open_unit(100, "/proc/self/mem", action::read), "");
     EXPECT_EQ(stopped_with([&] { file::read_block_data(100, 2, a, 5); }),
-              "/proc/self/mem:0: Input/output error behind this line, expected the heading of columns 1 to 2"
+              "/proc/self/mem:1: Input/output error before this line, expected the heading of columns 1 to 2"
               "|standard error|2");
     file::close_unit(100);
     const base::array2<double> small("small", 1, 1);
