@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -14,18 +13,6 @@
 
 namespace {
 
-/// A standard stream that the caller closed would give its number to the first file that the run opens, and a message
-/// would end up in that file.
-void occupy_standard_streams() {
-    int descriptor = 0;
-    do {
-        descriptor = ::open("/dev/null", O_RDWR);
-    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-    if (descriptor > STDERR_FILENO) {
-        ::close(descriptor);
-    }
-}
-
 int stopped(int descriptor, const std::string& line, int exit_status) {
     file::write_all(descriptor, line + '\n');  // where even this fails the status still tells
     return exit_status;
@@ -38,7 +25,6 @@ int stopped(const std::string& message) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    occupy_standard_streams();
     // The two signals that would end a write: it fails instead, and the run ends with a message.
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
