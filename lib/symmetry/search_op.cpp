@@ -11,8 +11,10 @@ namespace symmetry {
 
 namespace {
 
-/// Candidates are rejected a block at a time, by loops without a branch, of which the compiler makes vector code.
-constexpr int block = 32;
+/// Candidates are rejected a block at a time, by a loop without a branch, of which the compiler makes vector code.
+constexpr int block = 64;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// The double `steps` away from a finite one that is not negative.
 double neighbour(double value, int steps) { return std::bit_cast<double>(std::bit_cast<std::int64_t>(value) + steps); }
@@ -24,7 +26,6 @@ double largest_sum(double tol) {
     if (!(tol >= 0.0)) {
         return -1.0;
     }
-    constexpr double infinity = std::numeric_limits<double>::infinity();
     double sum = tol * tol;
     while (std::sqrt(sum) > tol) {
         sum = neighbour(sum, -1);
@@ -39,58 +40,69 @@ double largest_sum(double tol) {
 /// share components, but hardly ever this sum.
 double sum_of_components(const double* point) { return point[0] + point[1] + point[2]; }
 
-/// How far the sums of two points that match can lie apart in single precision, for a molecule whose components are at
-/// most `largest`.
+/// How far the sums of two points that match can lie apart, for a molecule whose components are at most `largest`.
 ///
 /// Proof. Let d be the rounded difference of the two in one component. Its square is at most the sum of the three
 /// squares, rounded or not, as the others add nothing negative and rounding keeps the order; so a match has d * d,
 /// rounded, at most largest_sum(tol). Where |d| is 1e-150 or more its square loses nothing to underflow, and |d|
 /// exceeds tol by a few units of the last place at the most; so |d|, and the exact difference with it, is below twice
-/// the larger of tol and 1e-150. The exact sums differ by less than three times that. Rounding moves each sum, at most
-/// 3 `largest`, by less than 2e-7 `largest`, or by less than 1e-40 where it is too small for that; and to round their
-/// difference keeps its order.
-float reach_of(double tol, double largest) {
-    return static_cast<float>(6.0 * std::max(tol, 1e-150) + 1e-6 * largest + 1e-30);
+/// the larger of tol and 1e-150. The exact sums differ by less than three times that. Rounding moves each sum, and each
+/// end of a window about one, by less than 1e-15 `largest` and 1e-15 of the reach itself.
+double reach_of(double tol, double largest) { return 7.0 * std::max(tol, 1e-150) + 1e-14 * largest; }
+
+/// Sums in 16 bits, of which a vector holds many: the range of the candidates in equal steps.
+///
+/// The step of a sum never decreases with the sum, as every operation on the way keeps the order, rounded or not. So a
+/// sum between two others has a step between theirs, and a candidate whose step lies outside the window about an atom
+/// is out of its reach. Where the range is empty or infinite everything is in step 0, and so is what is no number.
+struct steps {
+    double lowest = 0.0;
+    double per_unit = 0.0;
+
+    [[nodiscard]] std::uint16_t operator()(double sum) const {
+        constexpr double last = std::numeric_limits<std::uint16_t>::max();
+        const double step = (sum - lowest) * per_unit;
+        return step > 0.0 ? static_cast<std::uint16_t>(std::min(step, last)) : std::uint16_t{0};
+    }
+};
+
+steps steps_between(double lowest, double highest) {
+    const double per_unit = std::numeric_limits<std::uint16_t>::max() / (highest - lowest);
+    return {lowest, std::isfinite(per_unit) ? per_unit : 0.0};
 }
 
-/// Up to here sums and reach are finite in single precision. No candidate is rejected in a molecule that is larger.
-constexpr double too_large = 1e30;
+struct window {
+    std::uint16_t first;
+    std::uint16_t width;
 
-/// The first block from `first` on that has some candidate within reach, or `end`. The candidates of a block are
-/// counted: an addition vectorises better than an early way out.
-int next_block_within(float reach, float sum, const float* sums, int first, int end) {
-    for (; first < end; first += block) {
-        int within = 0;
-        for (int j = first; j < first + block; ++j) {
-            within += static_cast<int>(std::abs(sums[j] - sum) <= reach);
-        }
-        if (within != 0) {
-            break;
-        }
+    [[nodiscard]] bool holds(std::uint16_t step) const { return static_cast<std::uint16_t>(step - first) <= width; }
+};
+
+/// The first candidate of a block that the window holds, or `block`: the one with the most candidates from it on.
+int first_within(window near, const std::uint16_t* step) {
+    std::int16_t left = 0;
+    for (std::int16_t k = block; k > 0; --k) {
+        left = std::max(left, near.holds(step[block - k]) ? k : std::int16_t{0});
     }
-    return first;
+    return block - left;
 }
 
 }  // namespace
 
 void search_op(int natom, base::view2<const double> x, base::view1<const int> nat, base::view1<const double> mass,
                base::view2<const double> r, base::view1<int> jrels, bool& found, double tol) {
-    base::array2<double> x1("x1", 3, natom);
-    for (int i = 1; i <= natom; ++i) {
-        for (int c = 1; c <= 3; ++c) {
-            x1(c, i) = x(c, i);
-        }
-    }
+    const base::array2<double> x1("x1", 3, natom);
+    std::copy_n(x.first_of(natom), 3 * std::max(natom, 0), x1.first_of(natom));
     found = false;
     std::fill_n(jrels.first_of(natom), natom, 0);
     rotn(natom, r, x1);
 
-    // The sums of the candidates, in whole blocks: what fills up the last one is no number, and within no reach.
+    // The candidates, in whole blocks; those that fill up the last one are not looked at again.
     const int padded = natom < 1 ? 0 : (natom - 1) / block * block + block;
-    const base::array1<float> sums("sums", 1, padded);
+    const base::array1<std::uint16_t> candidates("candidates", 1, padded);
 
     // The ranges are checked here; below, the atoms 1..natom are elements 0..natom-1 of plain arrays.
-    float* sum = sums.first_of(padded);
+    std::uint16_t* step = candidates.first_of(padded);
     const double* place = x.first_of(natom);
     const double* turned = x1.first_of(natom);
     const int* number = nat.first_of(natom);
@@ -105,34 +117,35 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     };
 
     double largest = 0.0;
-    for (int k = 0; k < 3 * natom; ++k) {
-        largest = std::max(largest, std::abs(place[k]));
-    }
-    const bool quick = largest < too_large;
-    const float reach = quick ? reach_of(tol, largest) : 0.0F;
-    const auto sum_of = [=](const double* point) {
-        return quick ? static_cast<float>(sum_of_components(point)) : 0.0F;
-    };
+    double lowest = infinity;
+    double highest = -infinity;
     for (int j = 0; j < natom; ++j) {
-        sum[j] = sum_of(place + std::ptrdiff_t{3} * j);
+        const double* point = place + std::ptrdiff_t{3} * j;
+        const double sum = sum_of_components(point);
+        lowest = std::min(lowest, sum);
+        highest = std::max(highest, sum);
+        largest = std::max({largest, std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
     }
-    std::fill(sum + std::max(natom, 0), sum + padded, std::numeric_limits<float>::quiet_NaN());
+    const steps step_of = steps_between(lowest, highest);
+    for (int j = 0; j < natom; ++j) {
+        step[j] = step_of(sum_of_components(place + std::ptrdiff_t{3} * j));
+    }
+    const double reach = reach_of(tol, largest);
 
     for (int i = 0; i < natom; ++i) {
-        const float at = sum_of(turned + std::ptrdiff_t{3} * i);
-        int match = padded;
-        for (int first = 0; match == padded; first += block) {
-            first = next_block_within(reach, at, sum, first, padded);
-            if (first == padded) {
-                break;
-            }
-            int j = first;
-            while (j < first + block && !(std::abs(sum[j] - at) <= reach && matches(i, j))) {
+        const double at = sum_of_components(turned + std::ptrdiff_t{3} * i);
+        const std::uint16_t first_step = step_of(at - reach);
+        const window near = {first_step, static_cast<std::uint16_t>(step_of(at + reach) - first_step)};
+        int match = natom;
+        for (int first = 0; match == natom && first < natom; first += block) {
+            const int end = std::min(first + block, natom);
+            int j = first + first_within(near, step + first);
+            while (j < end && !(near.holds(step[j]) && matches(i, j))) {
                 ++j;
             }
-            match = j < first + block ? j : padded;
+            match = j < end ? j : natom;
         }
-        if (match == padded) {
+        if (match == natom) {
             std::fill_n(image, natom, 0);
             return;
         }
