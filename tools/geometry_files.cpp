@@ -1,7 +1,6 @@
 #include "geometry_files.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -96,18 +95,17 @@ void write_geometry_files(base::view1<const base::text<500>> lines, int icharge,
     fnames(0) = std::string_view(reference).substr(name_head.size());
     write_geometry(reference, geometry, list);
 
-    constexpr std::array<std::string_view, 3> cxyz = {"dx", "dy", "dz"};
+    constexpr std::string_view cxyz = "xyz";
     const std::string_view cstep = disp_sign == 1 ? "+-" : "-+";  // the labels only: step 1 always moves by minus dx
     int n = 0;
     for (int i = 1; i <= natom; ++i) {
-        std::string name = atom_name(i, ndig_natom);
-        const std::size_t shared = name.size();
+        std::string name = atom_name(i, ndig_natom) + "-dx";
+        char* label = name.data() + name.size() - 3;
         for (int j = 1; j <= 3; ++j) {
+            label[2] = cxyz[static_cast<std::size_t>(j - 1)];
             for (int k = 1; k <= 2; ++k) {
                 ++n;
-                name.resize(shared);
-                name += cstep[static_cast<std::size_t>(k - 1)];
-                name += cxyz[static_cast<std::size_t>(j - 1)];
+                label[0] = cstep[static_cast<std::size_t>(k - 1)];
                 base::text_ref(fnames(n)).assign(std::string_view(name).substr(name_head.size()));
                 if (!f_calc(n)) {
                     continue;

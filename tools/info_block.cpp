@@ -1,6 +1,8 @@
 #include "info_block.hpp"
 
 #include <algorithm>
+#include <cstddef>
+#include <string>
 #include <string_view>
 
 #include "base/fixed_columns.hpp"
@@ -63,14 +65,16 @@ void write_correspondence(file_list& list, int nop, base::view1<const int> ops,
         append_text(list.line(), 8, op_name(ops(k)));
     }
     list.end_line();
+    std::string row(static_cast<std::size_t>(8 * (3 + nop)), ' ');
     for (int i = 1; i <= natom; ++i) {
-        append_integer(list.line(), 8, i);
-        append_text(list.line(), 8, symbol(i));
-        append_integer(list.line(), 8, nat(i));
+        char* field = row.data();
+        base::put_integer(field, 8, i);
+        base::put_text(field += 8, 8, symbol(i));
+        base::put_integer(field += 8, 8, nat(i));
         for (int k = 1; k <= nop; ++k) {
-            append_integer(list.line(), 8, jrels(i, ops(k)));
+            base::put_integer(field += 8, 8, jrels(i, ops(k)));
         }
-        list.end_line();
+        write_line(list, row);
     }
 }
 

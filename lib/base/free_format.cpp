@@ -109,16 +109,25 @@ number_status read_real(std::string_view field, double& value) {
         digits += take_digits(rest);
     }
     const std::string_view mantissa = field.substr(0, field.size() - rest.size());
-    std::string exponent = "0";
+    std::string_view exponent = "0";
+    std::string with_e;
     if (!rest.empty()) {
-        if (std::string_view("EeDd").find(rest.front()) == std::string_view::npos) {
+        const char letter = rest.front();
+        if (std::string_view("EeDd").find(letter) == std::string_view::npos) {
             return number_status::not_a_number;
         }
         rest.remove_prefix(1);
-        exponent = take_minus(rest) ? "-" : "";
-        exponent += rest;
+        exponent = rest;
+        if (!take_minus(rest)) {
+            exponent = rest;
+        }
         if (take_digits(rest) == 0 || !rest.empty()) {
             return number_status::not_a_number;
+        }
+        if (letter == 'D' || letter == 'd') {
+            with_e = field;
+            with_e[mantissa.size()] = 'e';
+            field = with_e;
         }
     }
     if (digits == 0) {
@@ -126,8 +135,7 @@ number_status read_real(std::string_view field, double& value) {
     }
     double magnitude = 0.0;
     if (mantissa.find_first_of("123456789") != std::string_view::npos) {
-        const std::string number = std::string(mantissa) + 'e' + exponent;
-        const auto result = std::from_chars(number.data(), number.data() + number.size(), magnitude);
+        const auto result = std::from_chars(field.data(), field.data() + field.size(), magnitude);
         if (result.ec == std::errc::result_out_of_range) {
             if (!is_tiny(mantissa, exponent)) {
                 return number_status::out_of_range;

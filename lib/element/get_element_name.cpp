@@ -1,3 +1,6 @@
+#include <array>
+#include <cstddef>
+
 #include "element/element.hpp"
 
 namespace {
@@ -17,17 +20,32 @@ base::text<2> in_table_form(std::string_view symbol) {
     return form;
 }
 
+constexpr std::size_t no_place = std::size_t{26} * 27;
+
+/// Where a symbol stands among all pairs of a capital and a blank or a small letter; `no_place` where it is no such
+/// pair.
+std::size_t place_of(const base::text<2>& form) {
+    const char first = form.characters[0];
+    const char second = form.characters[1];
+    if (first < 'A' || first > 'Z' || (second != ' ' && (second < 'a' || second > 'z'))) {
+        return no_place;
+    }
+    return static_cast<std::size_t>(27 * (first - 'A') + (second == ' ' ? 0 : second - 'a' + 1));
+}
+
 }  // namespace
 
 void element::get_element_name(int natom, base::view1<int> nat, base::text_view symbol, std::string_view sym_nat) {
     if (sym_nat == "sym->nat") {
+        constexpr int unknown = -1;
+        std::array<int, no_place + 1> numbers{};
+        numbers.fill(unknown);
+        for (int k = atom.lower(); k <= atom.upper(); ++k) {
+            numbers[place_of(atom(k))] = k;  // of equal entries the last counts
+        }
         for (int i = 1; i <= natom; ++i) {
-            const base::text<2> form = in_table_form(symbol(i));
-            for (int k = atom.upper(); k >= atom.lower(); --k) {  // downwards: of equal entries the last counts
-                if (atom(k) == form) {
-                    nat(i) = k;
-                    break;
-                }
+            if (const int k = numbers[place_of(in_table_form(symbol(i)))]; k != unknown) {
+                nat(i) = k;
             }
         }
     } else {

@@ -1,5 +1,8 @@
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <numeric>
 
 #include "symmetry/operations.hpp"
 #include "symmetry/symmetry.hpp"
@@ -69,12 +72,11 @@ void search_symm_xyz(int disp_sign, int natom, base::view2<const double> /*x*/, 
                      base::view1<bool> f_calc, base::view1<int> n_calc_n6, base::view1<int> m_calc,
                      base::view1<int> m_symm) {
     ncalc = 0;
-    for (int p = 1; p <= n6; ++p) {
-        f_calc(p) = true;
-        n_calc_n6(p) = 0;
-        m_calc(p) = p;
-        m_symm(p) = identity;
-    }
+    const auto points = static_cast<std::size_t>(std::max(n6, 0));
+    std::fill_n(f_calc.first_of(n6), points, true);
+    std::fill_n(n_calc_n6.first_of(n6), points, 0);
+    std::iota(m_calc.first_of(n6), m_calc.first_of(n6) + points, 1);
+    std::fill_n(m_symm.first_of(n6), points, static_cast<int>(identity));
     std::array<carries, tested_operations + 1> by_operation{};
     for (int g = identity; g <= tested_operations; ++g) {
         by_operation[static_cast<std::size_t>(g)] = find_carries(disp_sign, matrices.matrix(g), tol);

@@ -36,6 +36,7 @@ TEST(get_element_name, gives_the_number_of_a_symbol) {
         {"6 ", untouched},  {"  ", untouched},  {"", untouched},   {"Xx", untouched},
         {"\tC", untouched}, {"C\t", untouched}, {"[ ", untouched}, {"`a", untouched},
         {"{ ", untouched},  {"c@", untouched},  {"c[", untouched}, {"\xc3\xa9", untouched},
+        {"c`", untouched},  {"b{", untouched},  {"@a", untouched}, {"[a", untouched},
     };
     for (const row& tested : rows) {
         SCOPED_TRACE(tested.symbol);
