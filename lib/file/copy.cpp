@@ -20,8 +20,7 @@ bool copy_in_kernel(int from, int to) {
         if (count > 0) {
             copied = true;
         } else if (count == 0) {
-            return copied;  // nothing at all may be a file whose size the kernel does not know, such as those below
-                            // /proc
+            return copied;  // nothing at all may be a file of a size that the kernel does not know, as below /proc
         } else if (errno != EINTR) {
             return false;
         }

@@ -146,8 +146,7 @@ void cp(std::string_view src, std::string_view dst);
 // ---- Directory and process queries
 
 /// The number of regular files in the current directory whose line in "ls -l" matches the grep pattern `dir`. Uses the
-/// file
-/// ".tmp.nfile_dir" there and removes it; where that cannot be opened the run stops.
+/// file ".tmp.nfile_dir" there and removes it; where that cannot be opened the run stops.
 int nfile_dir(std::string_view dir);
 
 /// The directory of the running program's binary.

@@ -52,9 +52,8 @@ void std_orient(int natom, base::view2<double> x, int nop, int& ipg, base::view1
 ///   nat     in   (1..natom) atomic numbers
 ///   mass    in   (1..natom) masses
 ///   r       in   (3, 3) the operation's matrix, its own inverse
-///   jrels   out  (1..natom) image of each atom; where j is the image of i, i is stored as that of j as well, and a
-///   later
-///                atom may overwrite it. All 0 when the operation is absent.
+///   jrels   out  (1..natom) image of each atom; where j is the image of i, i is stored as that of j as well, and
+///                a later atom may overwrite it. All 0 when the operation is absent.
 ///   found   out  whether the operation is present; without atoms it is
 ///   tol     in   largest distance, in the units of x
 void search_op(int natom, base::view2<const double> x, base::view1<const int> nat, base::view1<const double> mass,
@@ -63,9 +62,8 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
 /// Decides which displacement points must be computed, and from which of these, by which operation, each other one
 /// follows. The lowest-numbered point of those that go over into one another is computed; a point that can be had in
 /// several ways takes the first computed point that reaches it, and of that the lowest operation.
-///   disp_sign  in   1: the unit vector of step 1 is negative, of step 2 positive; anything else: the other way round.
-///   The
-///                   relations are the same for both.
+///   disp_sign  in   1: the unit vector of step 1 is negative, of step 2 positive; anything else: the other way
+///                   round. The relations are the same for both.
 ///   natom      in   number of atoms
 ///   x          in   (3, natom) coordinates; not looked at
 ///   matrices   in   (3, 3, 11) operation matrices, as in symm_op

@@ -43,7 +43,7 @@ tree read_tree(const fs::path& folder) {
         return result;
     }
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-        const std::string name = fs::relative(entry.path(), folder).string();
+        const std::string name = entry.path().lexically_relative(folder).string();
         if (entry.is_symlink()) {
             result[name + '@'] = fs::read_symlink(entry.path()).string();
         } else if (entry.is_directory()) {
