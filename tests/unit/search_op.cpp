@@ -390,6 +390,20 @@ TEST(search_op, is_the_rule_to_the_last_bit_of_a_distance) {
     EXPECT_GT(outside, 10000);
 }
 
+TEST(search_op, of_no_atoms_is_present) {
+    for (const int natom : {0, -1, -40}) {
+        const base::array2<double> x("x", 3, 0);
+        const base::array1<int> nat("nat", 1, 0);
+        const base::array1<double> mass("mass", 1, 0);
+        const base::array1<int> jrels("jrels", 1, 1);
+        jrels(1) = untouched;
+        bool found = false;
+        symmetry::search_op(natom, x, nat, mass, symmetry::symm_op.matrix(symmetry::inversion), jrels, found, 0.001);
+        EXPECT_TRUE(found) << natom;
+        EXPECT_EQ(jrels(1), untouched) << natom;
+    }
+}
+
 // Pairs of mirror images, side by side along an axis, so far from the origin that few digits are left for the distance.
 // Whatever else is near in that direction must not hide a match, nor make one.
 TEST(search_op, is_the_rule_far_from_the_origin) {
@@ -403,7 +417,7 @@ TEST(search_op, is_the_rule_far_from_the_origin) {
         const double tol = one_of(random, near);
         const std::size_t axis = std::uniform_int_distribution<std::size_t>(0, 1)(random);
         molecule atoms;
-        const int pairs = one_of<int>(random, {1, 1, 1, 2, 16, 17, 40});
+        const int pairs = one_of<int>(random, {1, 1, 1, 2, 16, 32, 33, 65});
         for (int pair = 0; pair < pairs; ++pair) {
             const double at = one_of(random, far) + (round % 2 == 0 ? 0.0 : tol * anywhere(random));
             double other = at + (round % 3 == 0 ? tol : round % 3 == 1 ? -tol : tol * anywhere(random) / 3);

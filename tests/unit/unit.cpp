@@ -125,6 +125,20 @@ TEST_F(unit, that_is_connected_cannot_be_connected_again) {
     file::close_unit(100);
 }
 
+TEST_F(unit, has_a_positive_number) {
+    support::write_file("f", "bytes");
+    for (const int fid : {0, -1, -100}) {
+        for (const action what : {action::read, action::write}) {
+            EXPECT_EQ(stopped_with([&] { file::open_unit(fid, "f", what); }),
+                      "unit " + std::to_string(fid) + ": expected a positive number|standard error|2");
+        }
+        EXPECT_FALSE(file::is_connected(fid));
+    }
+    EXPECT_EQ(support::read_file("f"), "bytes");
+    EXPECT_EQ(file::open_unit(1, "f", action::read), "");
+    file::close_unit(1);
+}
+
 TEST_F(unit, reads_record_after_record_into_a_text) {
     support::write_file("f", "first\n\n  third is longer\r\nlast");
     ASSERT_EQ(file::open_unit(100, "f", action::read), "");
