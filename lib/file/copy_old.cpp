@@ -9,18 +9,14 @@ void file::copy_old(std::string_view src, std::string_view dst) {
     }
     const connection input(src, action::read);
     input.require();
-    if (is_same_file(reader_of(input.fid())->descriptor, dst)) {
+    record_reader& reader = *reader_of(input.fid());
+    if (is_same_file(reader.descriptor, dst)) {
         throw base::run_error(name_of(input.fid()) + ": source and destination are the same file");
     }
     const connection output(dst, action::write);
     output.require();
     for (int i = 1; i <= n; ++i) {
-        base::text<500> line;
-        if (!read_record(input.fid(), line)) {
-            throw base::run_error(name_of(input.fid()) + ": found " + std::to_string(i - 1) + " lines, expected " +
-                                  std::to_string(n));
-        }
-        write_record(output.fid(), line);
+        write_record(output.fid(), base::text<500>(take_record(input.fid(), reader, 500, i, n)));
     }
     output.close();
 }

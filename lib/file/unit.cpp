@@ -109,6 +109,18 @@ record_reader* reader_of(int fid) {
     return found == nullptr || found->what != action::read ? nullptr : &found->reader;
 }
 
+std::string_view take_record(int fid, record_reader& reader, std::size_t longest, int i, int nline) {
+    std::string_view record;
+    if (!next_record(reader, longest, record)) {
+        if (reader.error != 0) {
+            throw base::run_error(name_of(fid) + ": cannot read: " + system_reason(reader.error));
+        }
+        throw base::run_error(name_of(fid) + ": found " + std::to_string(i - 1) + " lines, expected " +
+                              std::to_string(nline));
+    }
+    return record;
+}
+
 std::string name_of(int fid) {
     const unit* found = find(fid);
     return found == nullptr ? "unit " + std::to_string(fid) : base::shown(found->name, 200);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,13 @@ class connection {
 
 /// The reader of a unit; null when the unit is not connected for reading.
 record_reader* reader_of(int fid);
+
+/// Takes a record that must be there; where it is not, the run stops.
+///   reader   in/out  of unit fid
+///   longest  in      as for next_record
+///   i        in      number of the record
+///   nline    in      how many there must be
+std::string_view take_record(int fid, record_reader& reader, std::size_t longest, int i, int nline);
 
 /// What a message calls the file of a unit.
 std::string name_of(int fid);
