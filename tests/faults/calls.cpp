@@ -129,6 +129,7 @@ TEST_P(every_call, that_fails_ends_the_run) {
         {"open", std::to_string(EMFILE), "Too many open files"},
         {"read", std::to_string(EIO), "Input/output error"},
         {"write", std::to_string(ENOSPC), "No space left on device"},
+        {"write", "none", "Input/output error"},
     };
     for (const failure& what : failures) {
         const int turns = for_every_turn(what, GetParam(), [&](const observed& seen) {
