@@ -48,10 +48,10 @@ answer searched(const question& asked, base::view3<const double> matrices) {
     const base::array2<double> x("x", 3, asked.natom);
     const base::array2<int> jrels("jrels", asked.natom, 8);
     const base::array1<bool> op("op", 1, 8);
-    const base::array1<bool> f_calc("f_calc", 1, n6);
-    const base::array1<int> n_calc_n6("n_calc_n6", 1, n6);
-    const base::array1<int> m_calc("m_calc", 1, n6);
-    const base::array1<int> m_symm("m_symm", 1, n6);
+    const base::array1<bool> f_calc("f_calc", 1, n6 + 1);
+    const base::array1<int> n_calc_n6("n_calc_n6", 1, n6 + 1);
+    const base::array1<int> m_calc("m_calc", 1, n6 + 1);
+    const base::array1<int> m_symm("m_symm", 1, n6 + 1);
     for (int g = 1; g <= 8; ++g) {
         op(g) = asked.op.at(static_cast<std::size_t>(g - 1));
         for (int i = 1; i <= asked.natom; ++i) {
@@ -61,13 +61,18 @@ answer searched(const question& asked, base::view3<const double> matrices) {
     for (int i = 1; i <= asked.natom; ++i) {
         x(1, i) = not_a_number;  // they are not looked at
     }
-    for (int p = 1; p <= n6; ++p) {
+    for (int p = 1; p <= n6 + 1; ++p) {
         f_calc(p) = p % 2 == 0;
         n_calc_n6(p) = m_calc(p) = m_symm(p) = garbage;
     }
+    const bool behind = f_calc(n6 + 1);
     answer result;
     symmetry::search_symm_xyz(asked.disp_sign, asked.natom, x, matrices, jrels, op, asked.tol, n6, result.ncalc, f_calc,
                               n_calc_n6, m_calc, m_symm);
+    EXPECT_EQ(f_calc(n6 + 1), behind);
+    for (const int element : {n_calc_n6(n6 + 1), m_calc(n6 + 1), m_symm(n6 + 1)}) {
+        EXPECT_EQ(element, garbage);
+    }
     for (int p = 1; p <= n6; ++p) {
         result.f_calc.push_back(f_calc(p));
         result.n_calc_n6.push_back(n_calc_n6(p));
