@@ -42,10 +42,8 @@ void file_list::end_line() {
 }
 
 void file_list::close(std::string_view last_line) {
-    lines_ += last_line;
-    lines_ += '\n';
     file_.write(lines_);
-    file_.close(last_line.size() + 1);
+    file_.close(std::string(last_line) + '\n');
 }
 
 }  // namespace tools

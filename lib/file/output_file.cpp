@@ -32,14 +32,17 @@ void output_file::write(std::string_view bytes) {
     size_ += bytes.size();
 }
 
-void output_file::close(std::size_t tail) {
-    const int error = close_descriptor(descriptor_);
+void output_file::close(std::string_view last) {
+    const int write_error = write_all(descriptor_, last);
+    const int close_error = close_descriptor(descriptor_);
     descriptor_ = -1;
+    const int error = write_error != 0 ? write_error : close_error;
     if (error != 0) {
-        if (tail != 0 && ::truncate(path_.c_str(), static_cast<off_t>(size_ - tail)) != 0) {
+        if (!last.empty() && ::truncate(path_.c_str(), static_cast<off_t>(size_)) != 0) {
             ::unlink(path_.c_str());
         }
-        throw base::run_error(base::shown(path_, 200) + ": cannot close: " + system_reason(error));
+        throw base::run_error(base::shown(path_, 200) + ": cannot " + (write_error != 0 ? "write: " : "close: ") +
+                              system_reason(error));
     }
 }
 

@@ -20,9 +20,9 @@ class output_file {
 
     /// Writes all of `bytes`, now, with one call unless the system takes fewer.
     void write(std::string_view bytes);
-    /// Where closing fails, what was written may be lost. The last `tail` bytes are then cut off, so that a file whose
-    /// end says that it is complete does not say so.
-    void close(std::size_t tail = 0);
+    /// Writes the last bytes and closes. Where either fails, these bytes are cut off again, so that a file whose end
+    /// says that it is complete does not say so; where that fails, too, the file is removed.
+    void close(std::string_view last = {});
 
   private:
     std::string path_;

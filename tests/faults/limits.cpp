@@ -38,6 +38,21 @@ TEST(file_size_limit, that_a_geometry_exceeds) {
     EXPECT_EQ(fs::file_size("PES-0/files.out"), 0U);
 }
 
+/// Whatever part of its last line does not fit, the line goes as a whole.
+TEST(file_size_limit, that_the_last_line_of_the_list_exceeds) {
+    const support::scratch_folder scratch;
+    faults::write_inputs();
+    const std::string& list = faults::good_tree().at("PES-0/files.out");
+    const std::string last = "End_vesk_info\n";
+    for (std::size_t missing = 1; missing <= last.size(); ++missing) {
+        SCOPED_TRACE(missing);
+        faults::expect_stopped(
+            faults::run_in_shell("exec prlimit --fsize=" + std::to_string(list.size() - missing) + " \"$0\" control"),
+            "PES-0/files.out: cannot write: File too large");
+        EXPECT_EQ(support::read_file("PES-0/files.out"), list.substr(0, list.size() - last.size()));
+    }
+}
+
 /// A write in the middle of the list fails, when its first part is on the disk and files are still to come.
 TEST(file_size_limit, that_a_long_list_exceeds) {
     const support::scratch_folder scratch;

@@ -1,8 +1,10 @@
 #include "file/output_file.hpp"
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <memory>
 #include <string>
 
@@ -50,7 +52,7 @@ TEST_F(output_file, is_empty_until_it_is_written) {
     support::write_file("old", "bytes");
     file::output_file output("old");
     EXPECT_EQ(support::read_file("old"), "");
-    output.close(0);
+    output.close();
 }
 
 TEST_F(output_file, is_closed_when_it_goes_out_of_use) {
@@ -68,11 +70,11 @@ TEST_F(output_file, that_is_closed_closes_nothing_more) {
     EXPECT_EQ(support::read_file("second"), "bytes");
 }
 
-TEST_F(output_file, keeps_its_tail_when_closing_goes_well) {
+TEST_F(output_file, writes_its_last_bytes_as_it_is_closed) {
     file::output_file output("new");
     output.write("0123456789");
-    output.close(4);
-    EXPECT_EQ(support::read_file("new"), "0123456789");
+    output.close("end");
+    EXPECT_EQ(support::read_file("new"), "0123456789end");
 }
 
 TEST_F(output_file, that_cannot_be_opened_stops_the_run) {
@@ -109,31 +111,58 @@ TEST_F(output_file, that_cannot_be_written_stops_the_run) {
     output.close();
 }
 
-TEST_F(output_file, that_cannot_be_closed_stops_the_run_without_its_tail) {
-    struct row {
-        std::size_t tail;
-        const char* left;
-    };
-    const row rows[] = {{0, "0123456789end"}, {3, "0123456789"}, {13, ""}};
-    for (const row& tested : rows) {
-        SCOPED_TRACE(tested.tail);
-        file::output_file output("new");
-        output.write("0123456789");
-        output.write("end");
-        close_behind_its_back("new");
-        EXPECT_EQ(stopped_with([&] { output.close(tested.tail); }),
-                  "new: cannot close: Bad file descriptor|standard error|2");
-        EXPECT_EQ(support::read_file("new"), tested.left);
-    }
+TEST_F(output_file, that_cannot_be_closed_stops_the_run) {
+    file::output_file output("new");
+    output.write("0123456789");
+    close_behind_its_back("new");
+    EXPECT_EQ(stopped_with([&] { output.close(); }), "new: cannot close: Bad file descriptor|standard error|2");
+    EXPECT_EQ(support::read_file("new"), "0123456789");
 }
 
-TEST_F(output_file, is_removed_where_its_tail_cannot_be_cut_off) {
+/// Bytes that a file may still grow by, until the end of the scope.
+class growth_limit {
+  public:
+    explicit growth_limit(rlim_t bytes) {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit = {bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        handler_ = std::signal(SIGXFSZ, SIG_IGN);
+    }
+    ~growth_limit() {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        static_cast<void>(std::signal(SIGXFSZ, handler_));
+    }
+    growth_limit(const growth_limit&) = delete;
+    growth_limit& operator=(const growth_limit&) = delete;
+
+  private:
+    rlimit before_{};
+    void (*handler_)(int) = nullptr;
+};
+
+TEST_F(output_file, loses_its_last_bytes_where_they_cannot_all_be_written) {
+    for (const rlim_t most : {10U, 11U, 12U}) {
+        SCOPED_TRACE(most);
+        file::output_file output("new");
+        output.write("0123456789");
+        const growth_limit limit(most);
+        EXPECT_EQ(stopped_with([&] { output.close("end"); }), "new: cannot write: File too large|standard error|2");
+        EXPECT_EQ(support::read_file("new"), "0123456789");
+    }
+    const growth_limit limit(13);
+    file::output_file output("new");
+    output.write("0123456789");
+    output.close("end");
+    EXPECT_EQ(support::read_file("new"), "0123456789end");
+}
+
+TEST_F(output_file, is_removed_where_its_last_bytes_cannot_be_cut_off) {
     file::output_file output("new");
     output.write("0123456789");
     close_behind_its_back("new");
     fs::remove("new");
     ASSERT_EQ(::mkfifo("new", 0600), 0);  // of which nothing can be cut off
-    EXPECT_EQ(stopped_with([&] { output.close(4); }), "new: cannot close: Bad file descriptor|standard error|2");
+    EXPECT_EQ(stopped_with([&] { output.close("end"); }), "new: cannot write: Bad file descriptor|standard error|2");
     EXPECT_EQ(support::read_tree("."), support::tree{});
 }
 
