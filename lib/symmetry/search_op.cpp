@@ -54,7 +54,7 @@ double reach_of(double tol, double largest) { return 7.0 * std::max(tol, 1e-150)
 ///
 /// The step of a sum never decreases with the sum, as every operation on the way keeps the order, rounded or not. So a
 /// sum between two others has a step between theirs, and a candidate whose step lies outside the window about an atom
-/// is out of its reach. Where the range is empty or infinite everything is in step 0, and so is what is no number.
+/// is out of its reach. What is no number is in step 0; where the range is empty, everything is.
 struct steps {
     double lowest = 0.0;
     double per_unit = 0.0;
@@ -126,11 +126,14 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
         highest = std::max(highest, sum);
         largest = std::max({largest, std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
     }
-    const steps step_of = steps_between(lowest, highest);
+    const double reach = reach_of(tol, largest);
+    // Where a sum may overflow, all are in step 0 and each candidate is compared.
+    constexpr double too_large = 1e300;
+    const bool quick = largest < too_large && reach < too_large;
+    const steps step_of = quick ? steps_between(lowest, highest) : steps{};
     for (int j = 0; j < natom; ++j) {
         step[j] = step_of(sum_of_components(place + std::ptrdiff_t{3} * j));
     }
-    const double reach = reach_of(tol, largest);
 
     for (int i = 0; i < natom; ++i) {
         const double at = sum_of_components(turned + std::ptrdiff_t{3} * i);

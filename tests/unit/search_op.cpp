@@ -323,8 +323,9 @@ TEST(search_op, is_the_rule_where_many_atoms_are_near) {
 
 TEST(search_op, is_the_rule_where_numbers_are_not) {
     generator random(20240303);
-    const std::vector<double> coordinates = {0.0,   -0.0,   1.0,   -1.0,     5e-324,   1e-310,    -1e-170,     1e-160,
-                                             1e154, -1e154, 1e200, -1.7e308, infinity, -infinity, not_a_number};
+    const std::vector<double> coordinates = {0.0,    -0.0,  1.0,      -1.0,      5e-324,      1e-310,  -1e-170,
+                                             1e-160, 1e154, -1e154,   1e200,     -1.7e308,    1.7e308, 1e308,
+                                             -1e308, 5.0,   infinity, -infinity, not_a_number};
     const std::vector<double> masses = {1.0, 1.0, 1.0, infinity, not_a_number};
     for (int round = 0; round < 20000; ++round) {
         molecule atoms;
