@@ -20,7 +20,9 @@ control_source::control_source(std::string_view path) : name_(base::shown(path, 
     std::string reason;
     descriptor_ = file::open_to_read(path, false, reason);
     if (descriptor_ < 0) {
-        throw base::run_error(name_ + ": cannot open the control file: " + reason);
+        const bool is_option = path.starts_with('-');  // there are none
+        throw base::run_error(name_ + ": cannot open the control file: " + reason +
+                              std::string(is_option ? usage : ""));
     }
 }
 

@@ -6,6 +6,10 @@
 
 namespace tools {
 
+/// How the program is called, for the end of a message.
+constexpr std::string_view usage =
+    "; usage: displacement_generator CONTROL (version " DISPLACEMENT_GENERATOR_VERSION ")";
+
 /// The characters of a control file, one after the other, read as they are needed: what follows the group is left
 /// alone, so that a pipe that stays open does not keep the run waiting. A line ends in LF here, also one that ends in
 /// CR LF.

@@ -78,6 +78,9 @@ std::string take_word(control_source& source) {
     return word;
 }
 
+/// A word as a message shows it. Where a word should be and is none, only "=" can stand.
+std::string shown_word(const std::string& word) { return word.empty() ? "=" : base::shown(word); }
+
 /// Passes over the lines whose first word does not open the group.
 void find_group(group& g) {
     control_source& source = g.source;
@@ -101,7 +104,7 @@ void find_group(group& g) {
 
 [[noreturn]] void value_error(const group& g, place at, const std::string& key, const std::string& expected,
                               const std::string& found) {
-    g.stop(at, "key '" + key + "': expected " + expected + ", found '" + base::shown(found) + "'");
+    g.stop(at, "key '" + key + "': expected " + expected + ", found '" + shown_word(found) + "'");
 }
 
 void read_value(group& g, const std::string& key, bool& value) {
@@ -188,8 +191,7 @@ void read_assignment(group& g) {
     const std::string key = lower_case(found);
     skip_blanks(source);
     if (found.empty() || source.peek() != '=') {
-        g.stop(at, "expected 'key = value' or the '/' that ends the group, found '" +
-                       (found.empty() ? "=" : base::shown(found)) + "'");
+        g.stop(at, "expected 'key = value' or the '/' that ends the group, found '" + shown_word(found) + "'");
     }
     source.take();
     skip_blanks(source);
@@ -237,7 +239,7 @@ void read_group(group& g) {
 control read_control(std::string_view path) {
     const base::text<200> name(path);
     if (name.trimmed().empty()) {
-        throw base::run_error("expected a control file, found none; usage: displacement_generator CONTROL");
+        throw base::run_error("expected a control file, found none" + std::string(usage));
     }
     control settings;
     control_source source(name.trimmed());

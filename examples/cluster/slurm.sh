@@ -7,6 +7,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 list=$("$here/list.sh")
 total=$(printf '%s\n' "$list" | wc -l)
 most=$(scontrol show config | awk '$1 == "MaxArraySize" { print $3 - 1 }')
+[ -n "$most" ] || exit 1 # what was wrong, Slurm has said
 per=$(((total + most - 1) / most))
 tasks=$(
   line=0

@@ -7,6 +7,7 @@ differences make the Hessian, the Hessian makes the frequencies in cm-1.
 """
 import argparse
 import os
+import re
 import subprocess
 import sys
 import tempfile
@@ -178,12 +179,18 @@ def main():
     parser.add_argument("--hess", action="store_true", help="compare with the Hessian that the calculator makes itself")
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="calculations at a time (all processors)")
     options = parser.parse_args()
+    if options.jobs < 1:
+        parser.error(f"--jobs {options.jobs}: at least 1")
     folder = options.folder / "PES-0" if (options.folder / "PES-0").is_dir() else options.folder
     if not (folder / "files.out").is_file():
         parser.error(f"{folder}/files.out: not found; run displacement_generator first")
 
     info = read_info(folder / "files.out")
     paths = {n: folder / f"coord-{point.tag}.com" for n, point in enumerate(info.points) if point.computed}
+    if info.dx == 0:
+        raise SystemExit(f"{folder}/files.out: the step is 0, or too small to show")
+    if re.search(r"^\s*#.*units\s*=\s*\(?[^ ]*(au|bohr)", paths[0].read_text(), re.IGNORECASE | re.MULTILINE):
+        raise SystemExit(f"{paths[0]}: coordinates in bohr; this script takes them to be in angstrom")
     geometries = {n: read_geometry(path).xyz for n, path in paths.items()}
     _, _, symbols, reference = read_geometry(paths[0])
     with ThreadPoolExecutor(options.jobs) as pool, tempfile.TemporaryDirectory() as spare:

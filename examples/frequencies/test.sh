@@ -7,6 +7,7 @@ set -u
 here=$(cd "$(dirname "$0")" && pwd)
 examples=$(dirname "$here")
 program=${PROGRAM:-$(dirname "$examples")/build/release/bin/displacement_generator}
+[ -x "$program" ] || program=$(command -v displacement_generator) || program=${PROGRAM:-displacement_generator}
 case $program in /*) ;; *) program=$PWD/$program ;; esac
 
 command -v xtb >/dev/null || { echo "skipped: xtb is not installed"; exit 77; }
@@ -14,7 +15,7 @@ for python in ${PYTHON:-python3 /usr/bin/python3} ''; do
   [ -n "$python" ] || { echo "skipped: numpy is not installed"; exit 77; }
   "$python" -c 'import numpy' 2>/dev/null && break
 done
-[ -x "$program" ] || { echo "$program: not found; build it first" >&2; exit 1; }
+[ -x "$program" ] || { echo "$program: not found; build it first, or name it in PROGRAM" >&2; exit 1; }
 
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT

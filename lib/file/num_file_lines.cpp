@@ -28,9 +28,10 @@ long long count_line_feeds(const char* bytes, std::size_t size) {
 int file::num_file_lines(std::string_view fname) {
     const connection input(fname, action::read);
     if (!input.reason().empty()) {
-        throw base::run_error(
-            " Error in opening file '" + std::string(base::trimmed(fname)) + "' in function num_file_lines, stop!",
-            base::message_stream::standard_output, 1);
+        std::string name(base::trimmed(fname));
+        std::replace(name.begin(), name.end(), '\0', '?');  // a message would end there; no file has such a name
+        throw base::run_error(" Error in opening file '" + name + "' in function num_file_lines, stop!",
+                              base::message_stream::standard_output, 1);
     }
     record_reader& reader = *reader_of(input.fid());
     long long lines = 0;

@@ -17,7 +17,7 @@ NOT_READ = {"tables.cpp", "info_block.cpp", "file_list.cpp", "geometry_files.cpp
 
 def literals_of(path):
     text = re.sub(r"//[^\n]*", "", path.read_text())
-    text = re.sub(r"#include[^\n]*", "", text)
+    text = re.sub(r"#include[^\n]*|static_assert\([^;]*;", "", text)
     joined = re.sub(r'"\s*\n\s*"', "", text)
     return {match.encode().decode("unicode_escape") for match in re.findall(r'"((?:\\.|[^"\\\n])*)"', joined)}
 
@@ -35,7 +35,7 @@ def main():
     document = (top / "docs" / "errors.md").read_text()
     messages = [m for m in re.findall(r"`([^`]+)`", document) if "<" in m or len(m) > 30]
     literals = set()
-    for path in [*top.glob("lib/*/*.cpp"), *top.glob("tools/*.cpp")]:
+    for path in [*top.glob("lib/*/*.?pp"), *top.glob("tools/*.?pp")]:
         if path.name not in NOT_READ:
             literals |= literals_of(path)
     wrong = []

@@ -54,11 +54,22 @@ else()
   message("man is not installed: the manual page was not formatted")
 endif()
 
-# The documents that the installed ones link to.
-foreach(document README.md docs/control.md docs/gaussian-input.md docs/files-out.md docs/symmetry.md docs/displacements.svg
-        examples/README.md)
-  if(NOT EXISTS ${prefix}/${DOCDIR}/${document})
-    message(FATAL_ERROR "${document} is not installed")
-  endif()
+# Every link from one installed document to another leads somewhere.
+file(GLOB_RECURSE documents ${prefix}/${DOCDIR}/*.md)
+list(LENGTH documents count)
+if(count LESS 10)
+  message(FATAL_ERROR "${count} documents are installed")
+endif()
+foreach(document IN LISTS documents)
+  file(READ ${document} text)
+  string(REPLACE "](" "<link " text "${text}")  # a bracket would keep the list of links together
+  string(REGEX MATCHALL "<link [^)#:]+" links "${text}")
+  get_filename_component(folder ${document} DIRECTORY)
+  foreach(link IN LISTS links)
+    string(REPLACE "<link " "" target ${link})
+    if(NOT EXISTS ${folder}/${target})
+      message(FATAL_ERROR "${document} links to ${target}, which is not installed")
+    endif()
+  endforeach()
 endforeach()
 file(REMOVE_RECURSE ${SCRATCH})

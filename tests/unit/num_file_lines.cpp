@@ -82,4 +82,11 @@ TEST_F(num_file_lines, of_a_file_that_cannot_be_read_stops_the_run) {
               "/proc/self/mem: cannot read: Input/output error|standard error|2");
 }
 
+/// A message that held the byte would end there.
+TEST_F(num_file_lines, shows_a_nul_in_a_name_as_a_question_mark) {
+    const std::string name("missing\0.gjf", 12);
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(file::num_file_lines(name)); }),
+              " Error in opening file 'missing?.gjf' in function num_file_lines, stop!|standard output|1");
+}
+
 }  // namespace

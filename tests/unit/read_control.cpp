@@ -328,6 +328,11 @@ TEST(read_control, mistakes_in_the_group) {
         {"&control dx=2 &end", "1: expected 'key = value' or the '/' that ends the group, found '&end'"},
         {"&control dx=2\n$end\n", "2: expected 'key = value' or the '/' that ends the group, found '$end'"},
         {"&control 'dx'=2/", "1: unknown key ''dx'', " + seven},
+        {"&control dx==1/", "1: key 'dx': expected a real number, found '='"},
+        {"&control symm==F/", "1: key 'symm': expected a logical value (T, F, .true. or .false.), found '='"},
+        {"&control disp_sign ==1/",
+         "1: key 'disp_sign': expected an integer from -2147483648 to 2147483647, found '='"},
+        {"&control fxyz=='a'/", "1: key 'fxyz': expected a text between apostrophes or quotation marks, found '='"},
         {"&control dx=symm=F/", "1: key 'dx': expected a real number, found 'symm'"},
         {"&control dx=\nsymm=F/", "2: key 'dx': expected a real number, found 'symm'"},
         {"&control dx\x01=2/", "1: unknown key 'dx\\x01', " + seven},
@@ -344,7 +349,8 @@ TEST(read_control, files_that_give_no_settings) {
         std::string path;
         std::string expected;
     };
-    const std::string none = "expected a control file, found none; usage: displacement_generator CONTROL";
+    const std::string none =
+        "expected a control file, found none; usage: displacement_generator CONTROL (version 1.0.0)";
     const std::vector<path_row> rows = {
         {"", none},
         {"    ", none},
