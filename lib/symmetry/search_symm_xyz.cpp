@@ -17,25 +17,26 @@ constexpr int displacements = 6;
 /// carries[from][to]: whether an operation turns the unit vector of one displacement into that of another.
 using carries = std::array<std::array<bool, displacements>, displacements>;
 
-void set_unit_vector(int displacement, int disp_sign, base::view2<double> v) {
+/// Whether step 1 is the negative one and step 2 the positive one or the other way round does not matter: both vectors
+/// of every pair change sign, and their distance stays what it is to the last bit.
+void set_unit_vector(int displacement, base::view2<double> v) {
     for (int i = 1; i <= 3; ++i) {
         v(i, 1) = 0.0;
     }
-    const double second_step = disp_sign == 1 ? 1.0 : -1.0;
-    v(displacement / 2 + 1, 1) = displacement % 2 == 0 ? -second_step : second_step;
+    v(displacement / 2 + 1, 1) = displacement % 2 == 0 ? -1.0 : 1.0;
 }
 
-carries find_carries(int disp_sign, base::view2<const double> r, double tol) {
+carries find_carries(base::view2<const double> r, double tol) {
     double turned[3];
     double other[3];
     const base::view2<double> v1("v1", turned, 3, 1);
     const base::view2<double> vj("vj", other, 3, 1);
     carries result{};
     for (int from = 0; from < displacements; ++from) {
-        set_unit_vector(from, disp_sign, v1);
+        set_unit_vector(from, v1);
         rotn(1, r, v1);
         for (int to = 0; to < displacements; ++to) {
-            set_unit_vector(to, disp_sign, vj);
+            set_unit_vector(to, vj);
             double sum = 0.0;
             for (int i = 1; i <= 3; ++i) {
                 sum += (v1(i, 1) - vj(i, 1)) * (v1(i, 1) - vj(i, 1));
@@ -67,7 +68,7 @@ struct atom_chains {
 
 }  // namespace
 
-void search_symm_xyz(int disp_sign, int natom, base::view2<const double> /*x*/, base::view3<const double> matrices,
+void search_symm_xyz(int /*disp_sign*/, int natom, base::view2<const double> /*x*/, base::view3<const double> matrices,
                      base::view2<const int> jrels, base::view1<const bool> op, double tol, int n6, int& ncalc,
                      base::view1<bool> f_calc, base::view1<int> n_calc_n6, base::view1<int> m_calc,
                      base::view1<int> m_symm) {
@@ -79,7 +80,7 @@ void search_symm_xyz(int disp_sign, int natom, base::view2<const double> /*x*/, 
     std::fill_n(m_symm.first_of(n6), points, static_cast<int>(identity));
     std::array<carries, tested_operations + 1> by_operation{};
     for (int g = identity; g <= tested_operations; ++g) {
-        by_operation[static_cast<std::size_t>(g)] = find_carries(disp_sign, matrices.matrix(g), tol);
+        by_operation[static_cast<std::size_t>(g)] = find_carries(matrices.matrix(g), tol);
     }
     const atom_chains chains(natom, jrels);
 
