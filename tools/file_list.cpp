@@ -3,7 +3,6 @@
 #include <cstdlib>
 
 #include "base/fixed_columns.hpp"
-#include "base/text.hpp"
 
 namespace tools {
 
@@ -13,8 +12,7 @@ constexpr std::size_t large_write = 1 << 16;
 
 /// Result: the path of the list. Whether the directory could be made shows when the list is opened.
 std::string made_work_dir() {
-    const base::text<200> command(std::string_view("/bin/mkdir -p " + std::string(work_dir)));
-    [[maybe_unused]] const int status = std::system(std::string(command.trimmed()).c_str());
+    [[maybe_unused]] const int status = std::system(("/bin/mkdir -p " + std::string(work_dir)).c_str());
     return std::string(work_dir) + "/files.out";
 }
 

@@ -30,7 +30,9 @@ std::size_t place_of(const base::text<2>& form) {
     if (first < 'A' || first > 'Z' || (second != ' ' && (second < 'a' || second > 'z'))) {
         return no_place;
     }
-    return static_cast<std::size_t>(27 * (first - 'A') + (second == ' ' ? 0 : second - 'a' + 1));
+    const int row = first - 'A';
+    const int column = second == ' ' ? 0 : second - 'a' + 1;
+    return static_cast<std::size_t>(row) * 27 + static_cast<std::size_t>(column);
 }
 
 }  // namespace

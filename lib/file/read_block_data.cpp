@@ -39,12 +39,17 @@ void read_row(int fid, file::record_reader& reader, int row, int first, int last
         double value = 0.0;
         const base::number_status status = label ? base::read_integer(field, number) : base::read_real(field, value);
         if (kind != base::field_kind::value || status != base::number_status::ok) {
-            const std::string expected = label ? "the number of the row" : "a number for column ";
-            const std::string mark = kind == base::field_kind::value ? "'" : "";
-            const std::string found = kind == base::field_kind::value ? base::shown(field) : "none";
-            stop(fid, reader.line_number,
-                 what + ": expected " + expected + (label ? "" : std::to_string(column)) + ", found " + mark + found +
-                     mark);
+            std::string message = what + ": expected ";
+            message += label ? "the number of the row" : "a number for column " + std::to_string(column);
+            message += ", found ";
+            if (kind == base::field_kind::value) {
+                message += '\'';
+                message += base::shown(field);
+                message += '\'';
+            } else {
+                message += "none";
+            }
+            stop(fid, reader.line_number, message);
         }
         if (!label) {
             a(row, column) = value;

@@ -97,8 +97,8 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     std::fill_n(jrels.first_of(natom), natom, 0);
     rotn(natom, r, x1);
 
-    // The candidates, in whole blocks; those that fill up the last one are not looked at again.
-    const int padded = natom < 1 ? 0 : (natom - 1) / block * block + block;
+    // The last block may reach beyond the candidates; what it finds there is not looked at again.
+    const int padded = std::max(natom, 0) + block;
     const base::array1<std::uint16_t> candidates("candidates", 1, padded);
 
     // The ranges are checked here; below, the atoms 1..natom are elements 0..natom-1 of plain arrays.
