@@ -127,10 +127,10 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
         largest = std::max({largest, std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
     }
     const double reach = reach_of(tol, largest);
-    // Where a sum may overflow, all are in step 0 and each candidate is compared.
-    constexpr double too_large = 1e300;
-    const bool quick = largest < too_large && reach < too_large;
-    const steps step_of = quick ? steps_between(lowest, highest) : steps{};
+    // Within this reach no component exceeds 1e294, and no sum overflows. Beyond it all are in step 0, and each
+    // candidate is compared.
+    constexpr double too_large = 1e280;
+    const steps step_of = reach < too_large ? steps_between(lowest, highest) : steps{};
     for (int j = 0; j < natom; ++j) {
         step[j] = step_of(sum_of_components(place + std::ptrdiff_t{3} * j));
     }

@@ -117,6 +117,13 @@ TEST_F(output_file, that_cannot_be_closed_stops_the_run) {
     close_behind_its_back("new");
     EXPECT_EQ(stopped_with([&] { output.close(); }), "new: cannot close: Bad file descriptor|standard error|2");
     EXPECT_EQ(support::read_file("new"), "0123456789");
+
+    file::output_file other("other");
+    close_behind_its_back("other");
+    fs::remove("other");
+    ASSERT_EQ(::mkfifo("other", 0600), 0);
+    EXPECT_EQ(stopped_with([&] { other.close(); }), "other: cannot close: Bad file descriptor|standard error|2");
+    EXPECT_TRUE(fs::exists("other"));  // there was nothing to cut off
 }
 
 /// Bytes that a file may still grow by, until the end of the scope.

@@ -349,14 +349,16 @@ TEST(read_control, files_that_give_no_settings) {
         std::string path;
         std::string expected;
     };
-    const std::string none =
-        "expected a control file, found none; usage: displacement_generator CONTROL (version 1.0.0)";
+    const std::string usage = "; usage: displacement_generator CONTROL (version 1.0.0)";
+    const std::string none = "expected a control file, found none" + usage;
     const std::vector<path_row> rows = {
         {"", none},
         {"    ", none},
         {std::string(200, ' ') + "control", none},  // only 200 characters count
         {"missing", "missing: cannot open the control file: No such file or directory"},
         {"missing   ", "missing: cannot open the control file: No such file or directory"},
+        {"--help", "--help: cannot open the control file: No such file or directory" + usage},
+        {"a-b", "a-b: cannot open the control file: No such file or directory"},
         {"file/control", "file/control: cannot open the control file: Not a directory"},
         {"folder", "folder: cannot read the control file: Is a directory"},
         {"mis\nsing", "mis\\nsing: cannot open the control file: No such file or directory"},

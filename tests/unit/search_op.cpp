@@ -391,6 +391,21 @@ TEST(search_op, is_the_rule_to_the_last_bit_of_a_distance) {
     EXPECT_GT(outside, 10000);
 }
 
+// The mirror images match within the tolerance, but beside a large component their sums round to different numbers.
+TEST(search_op, is_the_rule_where_rounding_tells_sums_apart) {
+    const double half_a_digit = 0x1p-20;  // of 1e10
+    const molecule atoms = {{{1e10, 0, 1e-9 - half_a_digit}}, {{1e10, 0, 1e-9 + half_a_digit}}};
+    EXPECT_NE(1e10 - atoms[0].at[2], 1e10 + atoms[1].at[2]);
+    EXPECT_EQ(searched(atoms, symmetry::sxy, 3e-9), (outcome{true, {2, 1}}));
+}
+
+// A shear that is its own inverse carries the second atom to minus infinity, which is within an infinite tolerance.
+TEST(search_op, is_the_rule_where_only_turned_atoms_overflow) {
+    double elements[] = {1, 0, 0, 1e308, -1, 0, 0, 0, 1};
+    const base::view2<const double> r("r", elements, 3, 3);
+    EXPECT_EQ(searched({{{0, 0, 5}}, {{0, -10, 0}}}, r, infinity), (outcome{true, {2, 1}}));
+}
+
 TEST(search_op, of_no_atoms_is_present) {
     for (const int natom : {0, -1, -40}) {
         const base::array2<double> x("x", 3, 0);
