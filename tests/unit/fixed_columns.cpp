@@ -87,6 +87,14 @@ TEST(fixed_columns, reals_have_their_decimals_and_a_sign_that_is_kept) {
         {10, 4, 1.0, "    1.0000"},
         {10, 4, -0.00004, "   -0.0000"},
         {10, 4, 0.00005, "    0.0001"},  // the double is a little more than a tie
+        {10, 8, 1e-9, "0.00000000"},
+        {11, 8, -1e-300, "-0.00000000"},
+        {11, 8, 5e-324, " 0.00000000"},
+        {11, 8, 5e-9, " 0.00000001"},  // the double is a little more than a tie
+        {20, 9, 2147483647.9999998, "2147483647.999999762"},
+        {20, 9, 2147483648.0, "2147483648.000000000"},
+        {14, 0, 2147483647.5, "    2147483648"},  // a tie
+        {14, 0, 2147483646.5, "    2147483646"},
         {10, 4, 99999.99994, "99999.9999"},
         {10, 4, 99999.99996, "**********"},  // rounds up to one digit more
         {10, 4, -9999.99996, "**********"},
@@ -133,8 +141,16 @@ TEST(fixed_columns, reals_are_what_the_c_library_writes) {
     const auto coordinate = [&] { return static_cast<double>(static_cast<std::int64_t>(random())) * 0x1p-58; };
     const auto tie = [&] { return std::ldexp(below(200001) - 100000, -below(12)); };
     const auto decimal_tie = [&] { return (2 * below(2000001) - 2000001) * 0.5 / std::pow(10.0, below(9)); };
+    const auto any_size = [&] { return std::ldexp(coordinate(), 40 - below(180)); };
+    const auto about_a_power = [&] {
+        double value = std::ldexp(1.0, 33 - below(80));
+        for (int steps = below(4); steps > 0; --steps) {
+            value = std::nextafter(value, below(2) == 0 ? 0.0 : 1e300);
+        }
+        return value;
+    };
     for (int i = 0; i < 50000; ++i) {
-        for (const double value : {any_bits(), coordinate(), tie(), decimal_tie()}) {
+        for (const double value : {any_bits(), coordinate(), tie(), decimal_tie(), any_size(), about_a_power()}) {
             const int width = 1 + below(60);
             const int decimals = below(20);
             if (std::isfinite(value)) {
