@@ -311,6 +311,23 @@ TEST(free_format, reals_are_what_the_c_library_reads) {
     EXPECT_GT(numbers, 8000);
 }
 
+// Numbers as they stand in inputs, of few digits and of as many as a double has and a few more.
+TEST(free_format, decimals_are_what_the_c_library_reads) {
+    std::mt19937_64 random(static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()));
+    for (int i = 0; i < 50000; ++i) {
+        const std::size_t size = 1 + random() % 19;
+        const std::string digits = std::to_string(random() % 10000000000000000000U).substr(0, size);
+        const std::size_t point = random() % (digits.size() + 1);
+        std::string field = digits.substr(0, point);
+        field += i % 8 == 0 ? "" : ".";
+        field += digits.substr(point);
+        SCOPED_TRACE(field);
+        double value = -77.0;
+        ASSERT_EQ(base::read_real(field, value), number_status::ok);
+        ASSERT_EQ(value, read_by_library(field));
+    }
+}
+
 TEST(free_format, integers_are_of_four_bytes) {
     struct row {
         const char* field;
