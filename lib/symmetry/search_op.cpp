@@ -37,18 +37,20 @@ double largest_sum(double tol) {
 }
 
 /// What tells points apart in one number, better than a single component: the images of a point under the operations
-/// share components, but hardly ever this sum.
-double sum_of_components(const double* point) { return point[0] + point[1] + point[2]; }
+/// share components, but hardly ever this sum. Nor do the points of a lattice, as no two weights have a simple ratio.
+double weighted_sum(const double* point) {
+    return point[0] + 0.7548776662466927 * point[1] + 0.5698402909980532 * point[2];
+}
 
 /// How far the sums of two points that match can lie apart, for a molecule whose components are at most `largest`.
 ///
-/// Proof. Let d be the rounded difference of the two in one component. Its square is at most the sum of the three
-/// squares, rounded or not, as the others add nothing negative and rounding keeps the order; so a match has d * d,
-/// rounded, at most largest_sum(tol). Where |d| is 1e-150 or more its square loses nothing to underflow, and |d|
-/// exceeds tol by a few units of the last place at the most; so |d|, and the exact difference with it, is below twice
-/// the larger of tol and 1e-150. The exact sums differ by less than three times that. Rounding moves each sum, and each
-/// end of a window about one, by less than 1e-15 `largest` and 1e-15 of the reach itself.
-double reach_of(double tol, double largest) { return 7.0 * std::max(tol, 1e-150) + 1e-14 * largest; }
+/// Proof. Let d be the rounded differences of the two in their components. Those below 1e-150 change the sum by less
+/// than 3e-150 together, as no weight exceeds 1. The squares of the others lose nothing to underflow, and together are
+/// at most largest_sum(tol), but for a few units of the last place; so their exact sum of squares is below the square
+/// of 1.01 tol, and as that of the weights is below 2, they change the sum by less than sqrt(2) 1.01 tol < 1.5 tol.
+/// Rounding moves each sum, and each end of a window about one, by less than 2e-15 `largest` and 1e-15 of the reach
+/// itself.
+double reach_of(double tol, double largest) { return 1.5 * tol + 3e-150 + 1e-14 * largest; }
 
 /// Sums in 16 bits, of which a vector holds many: the range of the candidates in equal steps.
 ///
@@ -76,6 +78,19 @@ struct window {
     std::uint16_t width;
 
     [[nodiscard]] bool holds(std::uint16_t step) const { return static_cast<std::uint16_t>(step - first) <= width; }
+
+    /// Whether it holds one of a block: the one that is the fewest steps from the first, counted on from it, around the
+    /// end. Counted from the lowest number of a signed type, of which every processor has the minimum.
+    [[nodiscard]] bool holds_any(const std::uint16_t* step) const {
+        constexpr std::int16_t lowest = std::numeric_limits<std::int16_t>::min();
+        constexpr std::int16_t highest = std::numeric_limits<std::int16_t>::max();
+        const auto origin = static_cast<std::uint16_t>(first + lowest);
+        std::int16_t nearest = highest;
+        for (int k = 0; k < block; ++k) {
+            nearest = std::min(nearest, static_cast<std::int16_t>(step[k] - origin));
+        }
+        return nearest - lowest <= width;
+    }
 };
 
 /// The first candidate of a block that the window holds, or `block`: the one with the most candidates from it on.
@@ -100,9 +115,11 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     // The last block may reach beyond the candidates; what it finds there is not looked at again.
     const int padded = std::max(natom, 0) + block;
     const base::array1<std::uint16_t> candidates("candidates", 1, padded);
+    const base::array1<window> windows("windows", 1, natom);
 
     // The ranges are checked here; below, the atoms 1..natom are elements 0..natom-1 of plain arrays.
     std::uint16_t* step = candidates.first_of(padded);
+    window* near = windows.first_of(natom);
     const double* place = x.first_of(natom);
     const double* turned = x1.first_of(natom);
     const int* number = nat.first_of(natom);
@@ -121,7 +138,7 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     double highest = -infinity;
     for (int j = 0; j < natom; ++j) {
         const double* point = place + std::ptrdiff_t{3} * j;
-        const double sum = sum_of_components(point);
+        const double sum = weighted_sum(point);
         lowest = std::min(lowest, sum);
         highest = std::max(highest, sum);
         largest = std::max({largest, std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
@@ -131,23 +148,31 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     // candidate is compared.
     constexpr double too_large = 1e280;
     const steps step_of = reach < too_large ? steps_between(lowest, highest) : steps{};
-    for (int j = 0; j < natom; ++j) {
-        step[j] = step_of(sum_of_components(place + std::ptrdiff_t{3} * j));
+    // Beforehand, so that no search waits for its window.
+    for (int i = 0; i < natom; ++i) {
+        step[i] = step_of(weighted_sum(place + std::ptrdiff_t{3} * i));
+        const double at = weighted_sum(turned + std::ptrdiff_t{3} * i);
+        const std::uint16_t first = step_of(at - reach);
+        near[i] = {first, static_cast<std::uint16_t>(step_of(at + reach) - first)};
     }
 
-    for (int i = 0; i < natom; ++i) {
-        const double at = sum_of_components(turned + std::ptrdiff_t{3} * i);
-        const std::uint16_t first_step = step_of(at - reach);
-        const window near = {first_step, static_cast<std::uint16_t>(step_of(at + reach) - first_step)};
-        int match = natom;
-        for (int first = 0; match == natom && first < natom; first += block) {
-            const int end = std::min(first + block, natom);
-            int j = first + first_within(near, step + first);
-            while (j < end && !(near.holds(step[j]) && matches(i, j))) {
-                ++j;
+    // The lowest-numbered match of atom i, or natom.
+    const auto find_match = [&](int i) {
+        for (int first = 0; first < natom; first += block) {
+            if (!near[i].holds_any(step + first)) {
+                continue;
             }
-            match = j < end ? j : natom;
+            const int end = std::min(first + block, natom);
+            for (int j = first + first_within(near[i], step + first); j < end; ++j) {
+                if (near[i].holds(step[j]) && matches(i, j)) {
+                    return j;
+                }
+            }
         }
+        return natom;
+    };
+    for (int i = 0; i < natom; ++i) {
+        const int match = find_match(i);
         if (match == natom) {
             std::fill_n(image, natom, 0);
             return;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <numeric>
@@ -14,8 +15,8 @@ namespace {
 /// The displacements of one atom in the order of its points: x step 1, x step 2, y step 1, ...
 constexpr int displacements = 6;
 
-/// carries[from][to]: whether an operation turns the unit vector of one displacement into that of another.
-using carries = std::array<std::array<bool, displacements>, displacements>;
+/// carries[from]: the displacements `to` into whose unit vector an operation turns that of `from`, as bits 1 << to.
+using carries = std::array<unsigned, displacements>;
 
 /// Whether step 1 is the negative one and step 2 the positive one or the other way round does not matter: both vectors
 /// of every pair change sign, and their distance stays what it is to the last bit.
@@ -41,7 +42,9 @@ carries find_carries(base::view2<const double> r, double tol) {
             for (int i = 1; i <= 3; ++i) {
                 sum += (v1(i, 1) - vj(i, 1)) * (v1(i, 1) - vj(i, 1));
             }
-            result[static_cast<std::size_t>(from)][static_cast<std::size_t>(to)] = tol >= std::sqrt(sum);
+            if (tol >= std::sqrt(sum)) {
+                result[static_cast<std::size_t>(from)] |= 1U << to;
+            }
         }
     }
     return result;
@@ -56,10 +59,13 @@ struct atom_chains {
     atom_chains(int natom, base::view2<const int> jrels)
         : first("first", natom, tested_operations), next("next", natom, tested_operations) {
         for (int g = 1; g <= tested_operations; ++g) {
+            const int* image = jrels.column(g).first_of(natom);  // atom j is element j - 1
+            int* lowest = first.column(g).first_of(natom);
+            int* behind = next.column(g).first_of(natom);
             for (int j = natom; j >= 1; --j) {
-                if (const int i = jrels(j, g); i >= 1 && i <= natom) {
-                    next(j, g) = first(i, g);
-                    first(i, g) = j;
+                if (const int i = image[j - 1]; i >= 1 && i <= natom) {
+                    behind[j - 1] = lowest[i - 1];
+                    lowest[i - 1] = j;
                 }
             }
         }
@@ -95,20 +101,22 @@ void search_symm_xyz(int /*disp_sign*/, int natom, base::view2<const double> /*x
             if (!op(g)) {
                 continue;
             }
-            const auto& carried = by_operation[static_cast<std::size_t>(g)][from];
+            const unsigned carried = by_operation[static_cast<std::size_t>(g)][from];
             for (int j = chains.first(i, g); j != 0; j = chains.next(j, g)) {
                 if (j < i) {
                     continue;  // the points of lower atoms are settled
                 }
-                for (int to = 0; to < displacements; ++to) {
+                for (unsigned left = carried; left != 0;) {
+                    const int to = std::countr_zero(left);
+                    left &= left - 1;
                     const int q = displacements * (j - 1) + to + 1;
-                    if (!f_calc(q) || q == p || !carried[static_cast<std::size_t>(to)]) {
+                    if (!f_calc(q) || q == p) {
                         continue;
                     }
                     f_calc(q) = false;
                     m_calc(q) = p;
                     m_symm(q) = g;
-                    to |= 1;  // one step of a direction is enough: the other one is not tried
+                    left &= ~(3U << (to & ~1));  // one step of a direction is enough: the other one is not tried
                 }
             }
         }

@@ -354,6 +354,25 @@ TEST(search_op, is_the_rule_where_numbers_are_not) {
     }
 }
 
+// Squares of components as small as these are lost.
+TEST(search_op, is_the_rule_for_molecules_too_small_to_square) {
+    generator random(20240308);
+    const std::vector<double> coordinates = {0.0, 1e-163, -3e-163, 1e-160, -2e-155, 1e-151, -1e-151, 5e-324};
+    const std::vector<double> near = {0.0, 1e-200, 1e-160, 1e-152, -1.0};
+    int present = 0;
+    for (int round = 0; round < 5000; ++round) {
+        molecule atoms;
+        for (int i = one_of<int>(random, {1, 2, 3, 4}); i > 0; --i) {
+            atoms.push_back({{one_of(random, coordinates), one_of(random, coordinates), one_of(random, coordinates)}});
+        }
+        const int operation = any_operation(random);
+        const double tol = one_of(random, near);
+        compare(atoms, operation, tol);
+        present += by_the_rule(atoms, operation, tol).found ? 1 : 0;
+    }
+    EXPECT_GT(present, 500);
+}
+
 // Two atoms, one at the centre: the operation is present where the other lies within the tolerance of the centre. Its
 // distance is a few bits from the tolerance.
 TEST(search_op, is_the_rule_to_the_last_bit_of_a_distance) {
@@ -391,12 +410,43 @@ TEST(search_op, is_the_rule_to_the_last_bit_of_a_distance) {
     EXPECT_GT(outside, 10000);
 }
 
-// The mirror images match within the tolerance, but beside a large component their sums round to different numbers.
+// The mirror images match within the tolerance; but beside a large component each of the two small ones may be lost in
+// a sum of all or change its last digit, wherever it stands and whatever the sum is of.
 TEST(search_op, is_the_rule_where_rounding_tells_sums_apart) {
-    const double half_a_digit = 0x1p-20;  // of 1e10
-    const molecule atoms = {{{1e10, 0, 1e-9 - half_a_digit}}, {{1e10, 0, 1e-9 + half_a_digit}}};
-    EXPECT_NE(1e10 - atoms[0].at[2], 1e10 + atoms[1].at[2]);
-    EXPECT_EQ(searched(atoms, symmetry::sxy, 3e-9), (outcome{true, {2, 1}}));
+    generator random(20240306);
+    std::uniform_real_distribution<double> large(5e9, 2e10);
+    for (int round = 0; round < 3000; ++round) {
+        const std::size_t mirrored = static_cast<std::size_t>(round) % 3;
+        const double half_a_digit = std::ldexp(1.0, one_of<int>(random, {-22, -21, -20, -19}));
+        point at = {0, 0, 0};
+        at[(mirrored + 1 + static_cast<std::size_t>(round) / 3 % 2) % 3] = large(random);
+        molecule atoms = {{at}, {at}};
+        atoms[0].at.at(mirrored) = 1e-9 - half_a_digit;
+        atoms[1].at.at(mirrored) = 1e-9 + half_a_digit;
+        constexpr int mirrors[] = {symmetry::syz, symmetry::szx, symmetry::sxy};
+        EXPECT_EQ(searched(atoms, mirrors[mirrored], 3e-9), (outcome{true, {2, 1}})) << round;
+    }
+}
+
+// Pairs of mirror images as far apart as the tolerance allows, in all directions.
+TEST(search_op, is_the_rule_where_all_components_differ) {
+    generator random(20240307);
+    std::normal_distribution<double> direction;
+    std::uniform_real_distribution<double> anywhere(-2.0, 2.0);
+    int present = 0;
+    for (int round = 0; round < 3000; ++round) {
+        molecule atoms;
+        for (int pair = 0; pair < 20; ++pair) {
+            point d = {direction(random), direction(random), direction(random)};
+            const double scale = 0.999 * tol_of_a_run / std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+            const point at = {anywhere(random), anywhere(random), anywhere(random)};
+            atoms.push_back({at});
+            atoms.push_back({{at[0] + scale * d[0], at[1] + scale * d[1], -at[2] - scale * d[2]}});
+        }
+        compare(atoms, symmetry::sxy, tol_of_a_run);
+        present += by_the_rule(atoms, symmetry::sxy, tol_of_a_run).found ? 1 : 0;
+    }
+    EXPECT_GT(present, 2900);
 }
 
 // A shear that is its own inverse carries the second atom to minus infinity, which is within an infinite tolerance.
