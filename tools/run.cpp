@@ -88,7 +88,7 @@ void run(const control& settings) {
     const base::text<200>& fxyz = settings.fxyz;
 
     const int nline = file::num_file_lines(fxyz);
-    const base::array1<base::text<500>> lines("lines", 1, nline);
+    const base::array1<base::text<500>> lines("lines", 1, nline, base::unset());
     file::read_lines(fxyz, nline, lines);
 
     int icharge = 0;
@@ -116,7 +116,7 @@ void run(const control& settings) {
     const base::array1<int> n_calc_n6("n_calc_n6", 1, ndisp);
     const base::array1<int> m_calc("m_calc", 1, ndisp);
     const base::array1<bool> f_calc("f_calc", 1, ndisp);
-    const base::array1<base::text<200>> fnames("fnames", 0, ndisp);
+    const base::array1<base::text<200>> fnames("fnames", 0, ndisp, base::unset());
 
     int ncalc = 0;
     int ipg = 1;

@@ -1,10 +1,28 @@
 #include "base/array.hpp"
 
+#include <sys/mman.h>
+
 #include <string>
 
 #include "base/error.hpp"
 
 namespace base {
+
+#ifdef MADV_POPULATE_WRITE
+void make_pages(void* block, std::size_t size) {
+    constexpr std::size_t large = 1 << 17;  // what is shorter hardly ever comes fresh from the system
+    if (size < large) {
+        return;
+    }
+    constexpr std::size_t page = 4096;
+    const std::size_t before = (page - reinterpret_cast<std::uintptr_t>(block) % page) % page;
+    const std::size_t whole = (size - before) / page * page;
+    // A system that cannot do it leaves the block as it is.
+    static_cast<void>(::madvise(static_cast<char*>(block) + before, whole, MADV_POPULATE_WRITE));
+}
+#else
+void make_pages(void* /*block*/, std::size_t /*size*/) {}
+#endif
 
 void index_error(const char* name, int index, int lower, int upper) {
     throw run_error("array '" + std::string(name) + "': index " + std::to_string(index) + " is outside " +

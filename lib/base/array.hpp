@@ -9,7 +9,8 @@
 
 // Arrays in the manner of the field: indexed from 1 unless said otherwise, the first index fastest, every index checked
 // in every build. A view does not own its elements and is passed by value; an array owns them, starts them at zero
-// (false, blank) and releases them. Constness is that of the elements: a view1<const double> is read only.
+// (false, blank) unless told otherwise, and releases them. Constness is that of the elements: a view1<const double> is
+// read only.
 
 namespace base {
 
@@ -133,25 +134,45 @@ class view3 {
 /// Whether so many bytes can be counted at all; no allocation may be asked for more.
 constexpr bool is_countable(std::size_t elements, std::size_t bytes) { return elements <= PTRDIFF_MAX / bytes; }
 
-/// `count` new elements for the array `name`; stops the run where the memory is not to be had.
+/// Has the system make the pages of a large block at once, which costs half of what it costs to have each made when it
+/// is first touched: for what is filled as a whole.
+///   block  in  of `size` bytes
+void make_pages(void* block, std::size_t size);
+
+/// The owner of an array's elements, which need nothing done to them at their end.
+struct release {
+    void operator()(void* elements) const { ::operator delete(elements); }
+};
 template <class element>
-std::unique_ptr<element[]> allocate(const char* name, std::size_t count) {
-    std::unique_ptr<element[]> elements(is_countable(count, sizeof(element)) ? new (std::nothrow) element[count]()
-                                                                             : nullptr);
-    if (!elements) {
+using owner = std::unique_ptr<element[], release>;
+
+/// `count` new elements for the array `name`, that hold anything; stops the run where the memory is not to be had.
+template <class element>
+owner<element> allocate_for_overwrite(const char* name, std::size_t count) {
+    static_assert(std::is_trivially_copyable_v<element> && std::is_trivially_destructible_v<element>);
+    void* block =
+        is_countable(count, sizeof(element)) ? ::operator new(count * sizeof(element), std::nothrow) : nullptr;
+    if (block == nullptr) {
         allocation_error(name, count, sizeof(element));
     }
+    return owner<element>(static_cast<element*>(block));
+}
+
+/// For an array whose elements are all assigned before any is looked at: until then they hold anything.
+struct unset {};
+
+template <class element>
+owner<element> allocate(const char* name, std::size_t count, unset /*start*/) {
+    auto elements = allocate_for_overwrite<element>(name, count);
+    make_pages(elements.get(), count * sizeof(element));
     return elements;
 }
 
-/// The same, with elements that hold anything.
+/// The same, with elements that start at zero (false, blank).
 template <class element>
-std::unique_ptr<element[]> allocate_for_overwrite(const char* name, std::size_t count) {
-    std::unique_ptr<element[]> elements(is_countable(count, sizeof(element)) ? new (std::nothrow) element[count]
-                                                                             : nullptr);
-    if (!elements) {
-        allocation_error(name, count, sizeof(element));
-    }
+owner<element> allocate(const char* name, std::size_t count) {
+    auto elements = allocate<element>(name, count, unset());
+    std::uninitialized_fill_n(elements.get(), count, element());
     return elements;
 }
 
@@ -166,12 +187,14 @@ class array1 : public view1<element> {
   public:
     array1(const char* name, int lower, int upper)
         : array1(name, lower, upper, allocate<element>(name, extent(lower, upper))) {}
+    array1(const char* name, int lower, int upper, unset start)
+        : array1(name, lower, upper, allocate<element>(name, extent(lower, upper), start)) {}
 
   private:
-    array1(const char* name, int lower, int upper, std::unique_ptr<element[]> elements)
+    array1(const char* name, int lower, int upper, owner<element> elements)
         : view1<element>(name, elements.get(), lower, upper), elements_(std::move(elements)) {}
 
-    std::unique_ptr<element[]> elements_;
+    owner<element> elements_;
 };
 
 /// A view2 that owns its elements.
@@ -182,10 +205,10 @@ class array2 : public view2<element> {
         : array2(name, rows, columns, allocate<element>(name, extent(1, rows) * extent(1, columns))) {}
 
   private:
-    array2(const char* name, int rows, int columns, std::unique_ptr<element[]> elements)
+    array2(const char* name, int rows, int columns, owner<element> elements)
         : view2<element>(name, elements.get(), rows, columns), elements_(std::move(elements)) {}
 
-    std::unique_ptr<element[]> elements_;
+    owner<element> elements_;
 };
 
 }  // namespace base

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <string_view>
+
+#include "base/array.hpp"
 
 // Reading in large blocks. The memory held is that of one block, however long the file and its records are.
 
@@ -10,7 +11,7 @@ namespace file {
 
 struct record_reader {
     int descriptor = -1;
-    std::unique_ptr<char[]> block;
+    base::owner<char> block;
     std::size_t capacity = 0;
     std::size_t begin = 0;  ///< what is read and not yet taken is block[begin, end)
     std::size_t end = 0;

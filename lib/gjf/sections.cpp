@@ -46,7 +46,9 @@ int find_blank(const input_lines& input, int first) {
 }  // namespace
 
 input_lines::input_lines(std::string_view fname)
-    : name(base::shown(base::trimmed(fname), 200)), nline(file::num_file_lines(fname)), lines("lines", 1, nline) {
+    : name(base::shown(base::trimmed(fname), 200)),
+      nline(file::num_file_lines(fname)),
+      lines("lines", 1, nline, base::unset()) {
     file::read_lines(fname, nline, lines);
 }
 

@@ -158,6 +158,21 @@ TEST(array, elements_start_at_zero_false_or_blank) {
     }
 }
 
+TEST(array, that_starts_unset_holds_what_is_assigned) {
+    constexpr int last = 100000;  // texts of more than one page, and pages of more than one text
+    const base::array1<base::text<7>> texts("texts", -1, last, base::unset());
+    for (int i = -1; i <= last; ++i) {
+        texts(i) = std::string_view(std::to_string(i));
+    }
+    for (int i = -1; i <= last; ++i) {
+        ASSERT_EQ(texts(i).trimmed(), std::to_string(i));
+    }
+    EXPECT_EQ(stopped_with([&] { static_cast<void>(texts(last + 1)); }),
+              "array 'texts': index 100001 is outside -1..100000|standard error|2");
+    const base::array1<base::text<7>> none("none", 1, 0, base::unset());
+    EXPECT_EQ(none.upper(), 0);
+}
+
 TEST(array, without_elements_is_allowed) {
     const base::array1<int> none("none", 1, 0);
     EXPECT_EQ(stopped_with([&] { static_cast<void>(none(1)); }),
