@@ -8,8 +8,6 @@ namespace tools {
 
 namespace {
 
-constexpr std::size_t large_write = 1 << 16;
-
 /// Result: the path of the list. Whether the directory could be made shows when the list is opened.
 std::string made_work_dir() {
     [[maybe_unused]] const int status = std::system(("/bin/mkdir -p " + std::string(work_dir)).c_str());
@@ -31,12 +29,9 @@ file_list::file_list(int natom, int ncalc, double dx) : file_(made_work_dir()) {
     end_line();
 }
 
-void file_list::end_line() {
-    lines_ += '\n';
-    if (lines_.size() >= large_write) {
-        file_.write(lines_);
-        lines_.clear();
-    }
+void file_list::leave() {
+    file_.write(lines_);
+    lines_.clear();
 }
 
 void file_list::close(std::string_view last_line) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -23,12 +24,24 @@ class file_list {
 
     /// The end of the list so far, to be appended to; end_line() ends the line.
     [[nodiscard]] std::string& line() { return lines_; }
-    void end_line();
+    void end_line() { write("\n"); }
+
+    /// Appends to the list, up to the end of a line.
+    void write(std::string_view lines) {
+        lines_ += lines;
+        if (lines_.size() >= large_write) {
+            leave();
+        }
+    }
 
     /// Ends the list with this line and closes it.
     void close(std::string_view last_line);
 
   private:
+    static constexpr std::size_t large_write = 1 << 16;
+
+    void leave();
+
     file::output_file file_;
     std::string lines_;
 };

@@ -23,16 +23,16 @@ constexpr int coordinate_width = 14;
 constexpr int coordinate_decimals = 8;
 constexpr int atom_line_size = symbol_width + blank_width + 3 * coordinate_width + 1;
 
-constexpr std::string_view name_head = "coord-";
-
 /// The bytes of the reference file. A displaced file differs from them in the columns of one coordinate.
 struct image {
     std::string bytes;
     std::size_t atom_block = 0;  ///< where the first atom line begins
 
+    [[nodiscard]] char* atom_line(int i) {
+        return bytes.data() + atom_block + static_cast<std::size_t>(i - 1) * atom_line_size;
+    }
     [[nodiscard]] char* coordinate(int j, int i) {
-        return bytes.data() + atom_block + static_cast<std::size_t>(i - 1) * atom_line_size + symbol_width +
-               blank_width + static_cast<std::size_t>(j - 1) * coordinate_width;
+        return atom_line(i) + symbol_width + blank_width + static_cast<std::size_t>(j - 1) * coordinate_width;
     }
 };
 
@@ -49,35 +49,34 @@ image reference_image(base::view1<const base::text<500>> lines, int icharge, int
     std::string& bytes = reference.bytes;
     append_lines(bytes, lines, 1, icharge);
     reference.atom_block = bytes.size();
+    bytes.append(static_cast<std::size_t>(std::max(natom, 0)) * atom_line_size, ' ');
     for (int i = 1; i <= natom; ++i) {
-        base::append_text(bytes, symbol_width, symbol(i));
-        bytes.append(blank_width, ' ');
+        base::put_text(reference.atom_line(i), symbol_width, symbol(i));
         for (int j = 1; j <= 3; ++j) {
-            base::append_real(bytes, coordinate_width, coordinate_decimals, x(j, i));
+            base::put_real(reference.coordinate(j, i), coordinate_width, coordinate_decimals, x(j, i));
         }
-        bytes += '\n';
+        reference.atom_line(i)[atom_line_size - 1] = '\n';
     }
     append_lines(bytes, lines, iatom_end + 1, nline);
     bytes += '\n';
     return reference;
 }
 
-/// The part of a geometry's name that all displacements of an atom share: the atom number with leading zeros.
-std::string atom_name(int atom, int ndig_natom) {
-    const std::string number = std::to_string(atom);
-    std::string name(name_head);
-    name.append(static_cast<std::size_t>(ndig_natom) - number.size(), '0');
-    name += number;
-    return name;
+/// The beginning of an atom's tags: its number, with leading zeros.
+void put_atom_number(base::text<200>& tag, int atom, int ndig_natom) {
+    base::put_integer(tag.characters, ndig_natom, atom);
+    std::replace(tag.characters, tag.characters + ndig_natom, ' ', '0');
 }
 
 /// A list line has the name right-justified in 30 columns.
-void write_geometry(const std::string& name, const image& geometry, file_list& list) {
-    base::append_text(list.line(), 30, name);
-    list.end_line();
+void write_geometry(std::string_view tag, const image& geometry, file_list& list) {
     std::string path(work_dir);
-    path += '/';
-    path += name;
+    path += "/coord-";
+    path += tag;
+    char row[31];
+    base::put_text(row, 30, std::string_view(path).substr(work_dir.size() + 1));
+    row[30] = '\n';
+    list.write({row, sizeof row});
     path += ".com";
     file::output_file output(std::move(path));
     output.write(geometry.bytes);
@@ -91,22 +90,26 @@ void write_geometry_files(base::view1<const base::text<500>> lines, int icharge,
                           double dx, int disp_sign, base::view1<const bool> f_calc, file_list& list,
                           base::view1<base::text<200>> fnames) {
     image geometry = reference_image(lines, icharge, iatom_end, nline, natom, symbol, x);
-    const std::string reference = atom_name(0, ndig_natom) + "-00";
-    fnames(0) = std::string_view(reference).substr(name_head.size());
-    write_geometry(reference, geometry, list);
+    const auto sign_at = static_cast<std::size_t>(ndig_natom);
+    const std::size_t tag_size = sign_at + 3;
+    base::text<200> tag;
+    put_atom_number(tag, 0, ndig_natom);
+    std::copy_n("-00", 3, tag.characters + sign_at);
+    fnames(0) = tag;
+    write_geometry({tag.characters, tag_size}, geometry, list);
 
     constexpr std::string_view cxyz = "xyz";
     const std::string_view cstep = disp_sign == 1 ? "+-" : "-+";  // the labels only: step 1 always moves by minus dx
     int n = 0;
     for (int i = 1; i <= natom; ++i) {
-        std::string name = atom_name(i, ndig_natom) + "-dx";
-        char* label = name.data() + name.size() - 3;
+        put_atom_number(tag, i, ndig_natom);
+        tag.characters[sign_at + 1] = 'd';
         for (int j = 1; j <= 3; ++j) {
-            label[2] = cxyz[static_cast<std::size_t>(j - 1)];
+            tag.characters[sign_at + 2] = cxyz[static_cast<std::size_t>(j - 1)];
             for (int k = 1; k <= 2; ++k) {
                 ++n;
-                label[0] = cstep[static_cast<std::size_t>(k - 1)];
-                base::text_ref(fnames(n)).assign(std::string_view(name).substr(name_head.size()));
+                tag.characters[sign_at] = cstep[static_cast<std::size_t>(k - 1)];
+                fnames(n) = tag;
                 if (!f_calc(n)) {
                     continue;
                 }
@@ -114,7 +117,7 @@ void write_geometry_files(base::view1<const base::text<500>> lines, int icharge,
                 char unmoved[coordinate_width];
                 std::copy_n(columns, coordinate_width, unmoved);
                 base::put_real(columns, coordinate_width, coordinate_decimals, x(j, i) + (2 * k - 3) * dx);
-                write_geometry(name, geometry, list);
+                write_geometry({tag.characters, tag_size}, geometry, list);
                 std::copy_n(unmoved, coordinate_width, columns);
             }
         }

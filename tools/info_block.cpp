@@ -66,6 +66,7 @@ void write_correspondence(file_list& list, int nop, base::view1<const int> ops,
     }
     list.end_line();
     std::string row(static_cast<std::size_t>(8 * (3 + nop)), ' ');
+    row += '\n';
     for (int i = 1; i <= natom; ++i) {
         char* field = row.data();
         base::put_integer(field, 8, i);
@@ -74,7 +75,7 @@ void write_correspondence(file_list& list, int nop, base::view1<const int> ops,
         for (int k = 1; k <= nop; ++k) {
             base::put_integer(field += 8, 8, jrels(i, ops(k)));
         }
-        write_line(list, row);
+        list.write(row);
     }
 }
 
@@ -87,15 +88,16 @@ void write_correspondence(file_list& list, int nop, base::view1<const int> ops,
 ///           43-50 op       A8     the operation's label
 void write_point(file_list& list, int n, const base::text<200>& tag, bool is_calc, int m, int num_op,
                  std::string_view op) {
-    char row[50];
+    char row[51];
     base::put_integer(row, 8, n);
     base::put_text(row + 8, 2, "");
     std::copy_n(tag.characters, 8, row + 10);
-    base::put_text(row + 18, 8, is_calc ? "T" : "F");
+    base::put_text(row + 18, 8, {is_calc ? "T" : "F", 1});
     base::put_integer(row + 26, 8, m);
     base::put_integer(row + 34, 8, num_op);
     base::put_text(row + 42, 8, op);
-    write_line(list, {row, sizeof row});
+    row[50] = '\n';
+    list.write({row, sizeof row});
 }
 
 }  // namespace
