@@ -1,3 +1,4 @@
+#include <malloc.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -28,6 +29,12 @@ int main(int argc, char** argv) {
     // The two signals that would end a write: it fails instead, and the run ends with a message.
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+#ifdef M_MMAP_THRESHOLD
+    // Memory that one routine gives back stays with the process, as the next one wants it: up to the largest size for
+    // which the library can.
+    ::mallopt(M_MMAP_THRESHOLD, 1 << 25);
+    ::mallopt(M_TRIM_THRESHOLD, 1 << 26);
+#endif
     try {
         tools::run(tools::read_control(argc > 1 ? argv[1] : ""));
         return 0;
