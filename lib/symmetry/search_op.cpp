@@ -11,8 +11,9 @@ namespace symmetry {
 
 namespace {
 
-/// Candidates are rejected a block at a time, by a loop without a branch, of which the compiler makes vector code.
-constexpr int block = 64;
+/// Candidates are rejected a block at a time: most blocks by a bit, and the candidates of the others by a loop without
+/// a branch, of which the compiler makes vector code.
+constexpr int block = 16;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
@@ -75,23 +76,28 @@ steps steps_between(double lowest, double highest) {
 
 struct window {
     std::uint16_t first;
-    std::uint16_t width;
+    std::uint16_t last;
 
-    [[nodiscard]] bool holds(std::uint16_t step) const { return static_cast<std::uint16_t>(step - first) <= width; }
-
-    /// Whether it holds one of a block: the one that is the fewest steps from the first, counted on from it, around the
-    /// end. Counted from the lowest number of a signed type, of which every processor has the minimum.
-    [[nodiscard]] bool holds_any(const std::uint16_t* step) const {
-        constexpr std::int16_t lowest = std::numeric_limits<std::int16_t>::min();
-        constexpr std::int16_t highest = std::numeric_limits<std::int16_t>::max();
-        const auto origin = static_cast<std::uint16_t>(first + lowest);
-        std::int16_t nearest = highest;
-        for (int k = 0; k < block; ++k) {
-            nearest = std::min(nearest, static_cast<std::int16_t>(step[k] - origin));
-        }
-        return nearest - lowest <= width;
+    [[nodiscard]] bool holds(std::uint16_t step) const {
+        return static_cast<std::uint16_t>(step - first) <= static_cast<std::uint16_t>(last - first);
     }
 };
+
+/// The steps in ranges of 64: for each range a bit for every block tells whether a candidate of the block is in it.
+/// What a window holds is in a range between those of its ends.
+constexpr int steps_per_range = 64;
+constexpr int ranges = (std::numeric_limits<std::uint16_t>::max() + 1) / steps_per_range;
+constexpr int bits = 64;  ///< of a word
+
+/// Of one word of blocks those with a candidate in a range that the window touches.
+///   has    in  (words, ranges), from the word in question on
+std::uint64_t blocks_about(window near, const std::uint64_t* has, int words) {
+    std::uint64_t blocks = 0;
+    for (int range = near.first / steps_per_range; range <= near.last / steps_per_range; ++range) {
+        blocks |= has[static_cast<std::ptrdiff_t>(range) * words];
+    }
+    return blocks;
+}
 
 /// The first candidate of a block that the window holds, or `block`: the one with the most candidates from it on.
 int first_within(window near, const std::uint16_t* step) {
@@ -116,10 +122,13 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     const int padded = std::max(natom, 0) + block;
     const base::array1<std::uint16_t> candidates("candidates", 1, padded);
     const base::array1<window> windows("windows", 1, natom);
+    const int words = (padded / block + bits - 1) / bits;
+    const base::array2<std::uint64_t> blocks("blocks", words, ranges);
 
     // The ranges are checked here; below, the atoms 1..natom are elements 0..natom-1 of plain arrays.
     std::uint16_t* step = candidates.first_of(padded);
     window* near = windows.first_of(natom);
+    std::uint64_t* has = blocks.first_of(ranges);
     const double* place = x.first_of(natom);
     const double* turned = x1.first_of(natom);
     const int* number = nat.first_of(natom);
@@ -153,19 +162,22 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
         step[i] = step_of(weighted_sum(place + std::ptrdiff_t{3} * i));
         const double at = weighted_sum(turned + std::ptrdiff_t{3} * i);
         const std::uint16_t first = step_of(at - reach);
-        near[i] = {first, static_cast<std::uint16_t>(step_of(at + reach) - first)};
+        near[i] = {first, step_of(at + reach)};
+        const int own_block = i / block;
+        std::uint64_t& word = has[static_cast<std::ptrdiff_t>(step[i] / steps_per_range) * words + own_block / bits];
+        word |= std::uint64_t{1} << own_block % bits;
     }
 
     // The lowest-numbered match of atom i, or natom.
     const auto find_match = [&](int i) {
-        for (int first = 0; first < natom; first += block) {
-            if (!near[i].holds_any(step + first)) {
-                continue;
-            }
-            const int end = std::min(first + block, natom);
-            for (int j = first + first_within(near[i], step + first); j < end; ++j) {
-                if (near[i].holds(step[j]) && matches(i, j)) {
-                    return j;
+        for (int word = 0; word < words; ++word) {
+            for (std::uint64_t left = blocks_about(near[i], has + word, words); left != 0; left &= left - 1) {
+                const int first = (word * bits + std::countr_zero(left)) * block;
+                const int end = std::min(first + block, natom);
+                for (int j = first + first_within(near[i], step + first); j < end; ++j) {
+                    if (near[i].holds(step[j]) && matches(i, j)) {
+                        return j;
+                    }
                 }
             }
         }

@@ -289,6 +289,22 @@ TEST(search_op, is_the_rule_for_symmetric_molecules_of_every_size) {
     EXPECT_GT(absent, 250);
 }
 
+TEST(search_op, is_the_rule_for_large_molecules) {
+    generator random(20240309);
+    for (const int natom : {1007, 1008, 1009, 1023, 1024, 1025, 2047, 2100}) {
+        const int operation = std::uniform_int_distribution<int>(1, 8)(random);
+        molecule atoms = symmetric_molecule(random, natom, operation);
+        compare(atoms, operation, tol_of_a_run);
+        EXPECT_TRUE(searched(atoms, operation, tol_of_a_run).found);
+        // The same atoms once more: every one has a match of a lower number.
+        const molecule once = atoms;
+        atoms.insert(atoms.end(), once.begin(), once.end());
+        compare(atoms, operation, tol_of_a_run);
+        atoms.back().at[0] += 1.0;
+        compare(atoms, operation, tol_of_a_run);
+    }
+}
+
 TEST(search_op, is_the_rule_where_many_atoms_are_near) {
     generator random(20240302);
     const std::vector<double> grid = {-0.5, -0.25, 0.0, -0.0, 0.25, 0.5};
