@@ -1,4 +1,3 @@
-#include <malloc.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -11,6 +10,10 @@
 #include "control.hpp"
 #include "file/descriptor.hpp"
 #include "run.hpp"
+
+#if __has_include(<malloc.h>)
+#include <malloc.h>
+#endif
 
 namespace {
 

@@ -1,6 +1,7 @@
 #include "base/array.hpp"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <string>
 
@@ -10,11 +11,11 @@ namespace base {
 
 #ifdef MADV_POPULATE_WRITE
 void make_pages(void* block, std::size_t size) {
-    constexpr std::size_t large = 1 << 17;  // what is shorter hardly ever comes fresh from the system
+    constexpr std::size_t large = 1 << 17;  // a shorter one often was in use before, and has its pages
     if (size < large) {
         return;
     }
-    constexpr std::size_t page = 4096;
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
     const std::size_t before = (page - reinterpret_cast<std::uintptr_t>(block) % page) % page;
     const std::size_t whole = (size - before) / page * page;
     // A system that cannot do it leaves the block as it is.

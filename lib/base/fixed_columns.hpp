@@ -38,7 +38,8 @@ inline void put_integer(char* field, int width, int value) {  // here, as most c
 /// Writes a real in fixed notation with `decimals` digits behind the point, right-justified. It is rounded from its
 /// exact binary value, a tie to the even digit; a minus sign is kept by a negative zero and by what rounds to zero.
 /// What is not finite shows as Infinity, -Infinity or NaN.
-///   field  out  `width` characters
+///   field     out  `width` characters
+///   decimals  in   0 or more
 void put_real(char* field, int width, int decimals, double value);
 
 /// Writes a text, right-justified; of a text longer than the field its first `width` characters.

@@ -121,7 +121,7 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     // The last block may reach beyond the candidates; what it finds there is not looked at again.
     const int padded = std::max(natom, 0) + block;
     const base::array1<std::uint16_t> candidates("candidates", 1, padded);
-    const base::array1<window> windows("windows", 1, natom);
+    const base::array1<window> windows("windows", 1, natom, base::unset());
     const int words = (padded / block + bits - 1) / bits;
     const base::array2<std::uint64_t> blocks("blocks", words, ranges);
 

@@ -159,7 +159,7 @@ TEST(array, elements_start_at_zero_false_or_blank) {
 }
 
 TEST(array, that_starts_unset_holds_what_is_assigned) {
-    constexpr int last = 100000;  // texts of more than one page, and pages of more than one text
+    constexpr int last = 100000;  // so large that its pages are made at once
     const base::array1<base::text<7>> texts("texts", -1, last, base::unset());
     for (int i = -1; i <= last; ++i) {
         texts(i) = std::string_view(std::to_string(i));

@@ -444,6 +444,29 @@ TEST(search_op, is_the_rule_where_rounding_tells_sums_apart) {
     }
 }
 
+// The same with two large components, for a few pairs so close together that nothing else tells them apart.
+TEST(search_op, is_the_rule_among_few_digits) {
+    generator random(20240310);
+    std::uniform_real_distribution<double> large(-2e10, 2e10);
+    std::uniform_real_distribution<double> small(-4e-6, 4e-6);
+    std::uniform_int_distribution<int> digits(-2, 2);
+    const double digit = 0x1p-19;  // of 1e10
+    int present = 0;
+    for (int round = 0; round < 20000; ++round) {
+        const point centre = {large(random), large(random), 0.0};
+        molecule atoms;
+        for (int pair = one_of<int>(random, {1, 1, 2, 3}); pair > 0; --pair) {
+            const point at = {centre[0] + digits(random) * digit, centre[1] + digits(random) * digit, small(random)};
+            atoms.push_back({at});
+            atoms.push_back({{at[0] + digits(random) * digit, at[1] + digits(random) * digit, -at[2] + small(random)}});
+        }
+        const double tol = one_of<double>(random, {2e-6, 4e-6, 1e-5});
+        compare(atoms, symmetry::sxy, tol);
+        present += by_the_rule(atoms, symmetry::sxy, tol).found ? 1 : 0;
+    }
+    EXPECT_GT(present, 4000);
+}
+
 // Pairs of mirror images as far apart as the tolerance allows, in all directions.
 TEST(search_op, is_the_rule_where_all_components_differ) {
     generator random(20240307);
