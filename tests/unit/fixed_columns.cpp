@@ -149,7 +149,7 @@ TEST(fixed_columns, reals_are_what_the_c_library_writes) {
         }
         return value;
     };
-    for (int i = 0; i < 50000; ++i) {
+    for (int i = 0; i < 30000; ++i) {
         for (const double value : {any_bits(), coordinate(), tie(), decimal_tie(), any_size(), about_a_power()}) {
             const int width = 1 + below(60);
             const int decimals = below(20);

@@ -291,7 +291,7 @@ TEST(search_op, is_the_rule_for_symmetric_molecules_of_every_size) {
 
 TEST(search_op, is_the_rule_for_large_molecules) {
     generator random(20240309);
-    for (const int natom : {1007, 1008, 1009, 1023, 1024, 1025, 2047, 2100}) {
+    for (const int natom : {1008, 1023, 1024, 1025, 2047}) {
         const int operation = std::uniform_int_distribution<int>(1, 8)(random);
         molecule atoms = symmetric_molecule(random, natom, operation);
         compare(atoms, operation, tol_of_a_run);
@@ -452,7 +452,7 @@ TEST(search_op, is_the_rule_among_few_digits) {
     std::uniform_int_distribution<int> digits(-2, 2);
     const double digit = 0x1p-19;  // of 1e10
     int present = 0;
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < 8000; ++round) {
         const point centre = {large(random), large(random), 0.0};
         molecule atoms;
         for (int pair = one_of<int>(random, {1, 1, 2, 3}); pair > 0; --pair) {
@@ -464,7 +464,7 @@ TEST(search_op, is_the_rule_among_few_digits) {
         compare(atoms, symmetry::sxy, tol);
         present += by_the_rule(atoms, symmetry::sxy, tol).found ? 1 : 0;
     }
-    EXPECT_GT(present, 4000);
+    EXPECT_GT(present, 1600);
 }
 
 // Pairs of mirror images as far apart as the tolerance allows, in all directions.
