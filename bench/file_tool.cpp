@@ -5,6 +5,8 @@
 #include "base/error.hpp"
 #include "file/file.hpp"
 
+using namespace displacement_generator;
+
 // One routine of the module `file` as a command, to be measured beside the system's own:
 //   file_tool lines FILE          wc -l
 //   file_tool word FILE WORD      grep -c

@@ -9,10 +9,12 @@
 
 #include "base/fixed_columns.hpp"
 #include "base/free_format.hpp"
-#include "control.hpp"
+#include "displacement_generator/control.hpp"
 #include "file/file.hpp"
 #include "gjf/gjf.hpp"
 #include "symmetry/symmetry.hpp"
+
+using namespace displacement_generator;
 
 // What each stage costs by itself.
 
@@ -148,7 +150,7 @@ void control_reading(benchmark::State& state) {
     std::ofstream("control")
         << "&control\n symm = T, qctype = 'gaussian', task = 'freq',\n fxyz = 'mol.gjf', dx = 0.005d0\n/\n";
     for (auto _ : state) {
-        benchmark::DoNotOptimize(tools::read_control("control"));
+        benchmark::DoNotOptimize(generator::read_control("control"));
     }
 }
 BENCHMARK(control_reading);

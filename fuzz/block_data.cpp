@@ -5,6 +5,8 @@
 #include "file/file.hpp"
 #include "harness.hpp"
 
+using namespace displacement_generator;
+
 // The input is a line with the order of a matrix and the columns of a block, one character each, and behind it the file
 // that the matrix is read from. The bytes also serve as the numbers of a matrix that is written and read back.
 

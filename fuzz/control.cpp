@@ -1,4 +1,4 @@
-#include "control.hpp"
+#include "displacement_generator/control.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -9,12 +9,14 @@
 
 #include "harness.hpp"
 
+using namespace displacement_generator;
+
 // The input is a control file. It is read by the program and by the other reader below; and its bytes serve as settings
 // that are written as a control file and read back.
 
 namespace {
 
-using tools::control;
+using generator::control;
 
 bool same(const control& a, const control& b) {
     return a.symm == b.symm && a.qctype == b.qctype && a.task == b.task && a.fxyz == b.fxyz &&
@@ -183,7 +185,7 @@ std::optional<control> read(std::string_view bytes, std::optional<base::run_erro
     static const fuzz::memory_file file;
     file.set(bytes);
     std::optional<control> settings;
-    error = fuzz::stopped([&] { settings = tools::read_control(file.name()); });
+    error = fuzz::stopped([&] { settings = generator::read_control(file.name()); });
     if (error) {
         const auto feeds = std::count(bytes.begin(), bytes.end(), '\n');
         const int ends = static_cast<int>(feeds) + (bytes.ends_with('\r') ? 1 : 0);
@@ -209,7 +211,7 @@ control read_through_pipe(std::string_view bytes) {
         fuzz::check(::write(ends[1], piece.data(), piece.size()) == static_cast<ssize_t>(piece.size()),
                     "a pipe takes what it has room for");
     }
-    const control settings = tools::read_control("/proc/self/fd/" + std::to_string(ends[0]));
+    const control settings = generator::read_control("/proc/self/fd/" + std::to_string(ends[0]));
     ::close(ends[0]);
     ::close(ends[1]);
     return settings;

@@ -6,6 +6,8 @@
 #include "base/fixed_columns.hpp"
 #include "harness.hpp"
 
+using namespace displacement_generator;
+
 // The input is one record. Its fields are taken off by the program and by the other reader, and each is read as every
 // kind of number; what is written is read back.
 

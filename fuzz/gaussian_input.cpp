@@ -6,6 +6,8 @@
 #include "gjf/gjf.hpp"
 #include "harness.hpp"
 
+using namespace displacement_generator;
+
 // The input is a Gaussian input. Its sections, symbols and coordinates are found by the program and, here, by hand.
 
 namespace {

@@ -11,7 +11,7 @@
 #include <cstring>
 #include <limits>
 
-namespace fuzz {
+namespace displacement_generator::fuzz {
 
 namespace {
 
@@ -218,4 +218,4 @@ std::string draw::text(std::size_t length) {
     return result;
 }
 
-}  // namespace fuzz
+}  // namespace displacement_generator::fuzz

@@ -17,7 +17,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-namespace fuzz {
+namespace displacement_generator::fuzz {
 
 [[noreturn]] void failed(std::string_view what);
 
@@ -117,4 +117,4 @@ class draw {
     std::string_view bytes_;
 };
 
-}  // namespace fuzz
+}  // namespace displacement_generator::fuzz

@@ -12,9 +12,11 @@
 #include <map>
 #include <numeric>
 
-#include "control.hpp"
+#include "displacement_generator/control.hpp"
+#include "displacement_generator/run.hpp"
 #include "harness.hpp"
-#include "run.hpp"
+
+using namespace displacement_generator;
 
 // A whole run in a scratch folder. The input is a control file, a line "=====" and a Gaussian input; without that line
 // its bytes choose settings and place atoms, many of them by symmetry. Everything that the run leaves is read back and
@@ -175,7 +177,7 @@ std::string drawn_control(fuzz::draw& values) {
 
 /// What the run is expected to find in its input.
 struct expectation {
-    tools::control settings;
+    generator::control settings;
     std::vector<std::string> head;  ///< the lines up to the charge line, as they are copied
     std::vector<std::string> tail;  ///< the lines behind the atoms
     std::vector<atom> atoms;
@@ -653,15 +655,15 @@ void check_run(const std::string& control_file, const std::string& input) {
         return;  // larger molecules take longer and show no more
     }
     const bool readable = expected && read_atoms(expected->atoms);
-    tools::control settings;
+    generator::control settings;
     write_file("control", control_file);
-    if (fuzz::stopped([&] { settings = tools::read_control("control"); })) {
+    if (fuzz::stopped([&] { settings = generator::read_control("control"); })) {
         return;
     }
     settings.fxyz = "mol.gjf";
     write_file("mol.gjf", input);
     folders_made = 0;
-    const auto error = fuzz::stopped([&] { tools::run(settings); });
+    const auto error = fuzz::stopped([&] { generator::run(settings); });
     const std::map<std::string, std::string> outputs = take_outputs();
     if (error) {
         fuzz::checked_line(*error, "mol.gjf", 1, std::max(static_cast<int>(fuzz::records(input).size()), 1));

@@ -7,7 +7,7 @@
 
 #include "base/error.hpp"
 
-namespace base {
+namespace displacement_generator::base {
 
 #ifdef MADV_POPULATE_WRITE
 void make_pages(void* block, std::size_t size) {
@@ -40,4 +40,4 @@ void allocation_error(const char* name, std::size_t elements, std::size_t bytes)
                     std::to_string(bytes) + " bytes each would exceed the memory limit");
 }
 
-}  // namespace base
+}  // namespace displacement_generator::base

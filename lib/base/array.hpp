@@ -12,7 +12,7 @@
 // (false, blank) unless told otherwise, and releases them. Constness is that of the elements: a view1<const double> is
 // read only.
 
-namespace base {
+namespace displacement_generator::base {
 
 /// Stops the run: "array 'NAME': index I is outside LOWER..UPPER".
 [[noreturn]] void index_error(const char* name, int index, int lower, int upper);
@@ -211,4 +211,4 @@ class array2 : public view2<element> {
     owner<element> elements_;
 };
 
-}  // namespace base
+}  // namespace displacement_generator::base

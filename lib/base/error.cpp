@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace base {
+namespace displacement_generator::base {
 
 std::string shown(std::string_view text, std::size_t longest) {
     constexpr char hexadecimal[] = "0123456789abcdef";
@@ -29,4 +29,4 @@ std::string shown(std::string_view text, std::size_t longest) {
     return result;
 }
 
-}  // namespace base
+}  // namespace displacement_generator::base

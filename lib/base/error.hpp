@@ -6,7 +6,7 @@
 
 static_assert(sizeof(int) == 4, "the 4-byte integers of the system are held in int");
 
-namespace base {
+namespace displacement_generator::base {
 
 /// The stream of the process that a message belongs on.
 enum class message_stream { standard_output, standard_error };
@@ -27,4 +27,4 @@ struct run_error : std::runtime_error {
 ///   longest  in   how many bytes are shown at the most
 std::string shown(std::string_view text, std::size_t longest = 60);
 
-}  // namespace base
+}  // namespace displacement_generator::base

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace base {
+namespace displacement_generator::base {
 
 namespace {
 
@@ -97,4 +97,4 @@ void append_real(std::string& line, int width, int decimals, double value) {
 
 void append_text(std::string& line, int width, std::string_view value) { put_text(grown(line, width), width, value); }
 
-}  // namespace base
+}  // namespace displacement_generator::base

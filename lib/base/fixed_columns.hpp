@@ -9,7 +9,7 @@
 // Fields of fixed-column output, each exactly `width` columns. A number that does not fit its field shows as asterisks,
 // and so does a real of more than 512 characters in any field.
 
-namespace base {
+namespace displacement_generator::base {
 
 /// Writes an integer, right-justified, with no plus sign.
 ///   field  out  `width` characters
@@ -55,4 +55,4 @@ void append_integer(std::string& line, int width, int value);
 void append_real(std::string& line, int width, int decimals, double value);
 void append_text(std::string& line, int width, std::string_view value);
 
-}  // namespace base
+}  // namespace displacement_generator::base

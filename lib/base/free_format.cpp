@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-namespace base {
+namespace displacement_generator::base {
 
 namespace {
 
@@ -215,4 +215,4 @@ number_status read_integer(std::string_view field, int& value) {
     return number_status::ok;
 }
 
-}  // namespace base
+}  // namespace displacement_generator::base

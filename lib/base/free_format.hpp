@@ -2,12 +2,12 @@
 
 #include <string_view>
 
-#include "base/text.hpp"
+#include "text.hpp"
 
 // Free-format (list-directed) fields of one record: separated by blanks, tabs or a comma with any blanks about it; a
 // "/" ends the record's fields.
 
-namespace base {
+namespace displacement_generator::base {
 
 /// What next_field found: a value; nothing between two commas; or the end of the record or a "/".
 enum class field_kind { value, null, end };
@@ -36,4 +36,4 @@ number_status read_real(std::string_view field, double& value);
 /// Reads a whole field as a 4-byte integer: an optional sign and digits.
 number_status read_integer(std::string_view field, int& value);
 
-}  // namespace base
+}  // namespace displacement_generator::base

@@ -5,9 +5,9 @@
 #include <cstring>
 #include <string_view>
 
-#include "base/array.hpp"
+#include "array.hpp"
 
-namespace base {
+namespace displacement_generator::base {
 
 /// `value` without its trailing blanks; only the space character is a blank.
 inline std::string_view trimmed(std::string_view value) {
@@ -85,4 +85,4 @@ class text_view {
     int upper_;
 };
 
-}  // namespace base
+}  // namespace displacement_generator::base

@@ -1,5 +1,7 @@
 #include "element/element.hpp"
 
+namespace displacement_generator {
+
 namespace {
 
 // One row for every ten atomic numbers, from 0.
@@ -22,3 +24,5 @@ constexpr base::text<2> symbols[101] = {
 }  // namespace
 
 constinit const base::view1<const base::text<2>> element::atom("atom", symbols, 0, 100);
+
+}  // namespace displacement_generator

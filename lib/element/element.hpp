@@ -2,10 +2,10 @@
 
 #include <string_view>
 
-#include "base/array.hpp"
-#include "base/text.hpp"
+#include "../base/array.hpp"
+#include "../base/text.hpp"
 
-namespace element {
+namespace displacement_generator::element {
 
 /// Element symbols, atom(0..100): atom(k) is the symbol of atomic number k, atom(0) that of the dummy atom. Two entries
 /// are not the chemical symbols of their numbers and are kept so: atom(83) is "Be" and atom(94) is "Ru".
@@ -32,4 +32,4 @@ void get_element_name(int natom, base::view1<int> nat, base::text_view symbol, s
 ///   atmas  out  (1..natom) masses in atomic mass units; unchanged where nat is outside 1..118
 void nat_to_mass(int natom, base::view1<const int> nat, base::view1<double> atmas);
 
-}  // namespace element
+}  // namespace displacement_generator::element

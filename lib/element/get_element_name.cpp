@@ -3,6 +3,8 @@
 
 #include "element/element.hpp"
 
+namespace displacement_generator {
+
 namespace {
 
 char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
@@ -56,3 +58,5 @@ void element::get_element_name(int natom, base::view1<int> nat, base::text_view 
         }
     }
 }
+
+}  // namespace displacement_generator

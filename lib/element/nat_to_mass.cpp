@@ -1,5 +1,7 @@
 #include "element/element.hpp"
 
+namespace displacement_generator {
+
 namespace {
 
 // One row for every ten atomic numbers, from 1; in atomic mass units.
@@ -30,3 +32,5 @@ void element::nat_to_mass(int natom, base::view1<const int> nat, base::view1<dou
         }
     }
 }
+
+}  // namespace displacement_generator

@@ -8,6 +8,8 @@
 #include "file/descriptor.hpp"
 #include "file/file.hpp"
 
+namespace displacement_generator {
+
 namespace {
 
 /// Has the kernel copy, without the bytes passing through this process; not every pair of files allows it.
@@ -57,3 +59,5 @@ void file::copy(std::string_view src, std::string_view dst) {
 }
 
 void file::cp(std::string_view src, std::string_view dst) { copy(src, dst); }
+
+}  // namespace displacement_generator

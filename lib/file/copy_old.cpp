@@ -2,6 +2,8 @@
 #include "file/descriptor.hpp"
 #include "file/unit.hpp"
 
+namespace displacement_generator {
+
 void file::copy_old(std::string_view src, std::string_view dst) {
     const int n = num_file_lines(src);
     if (n < 1) {
@@ -20,3 +22,5 @@ void file::copy_old(std::string_view src, std::string_view dst) {
     }
     output.close();
 }
+
+}  // namespace displacement_generator

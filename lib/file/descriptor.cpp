@@ -10,7 +10,7 @@
 
 #include "base/text.hpp"
 
-namespace file {
+namespace displacement_generator::file {
 
 namespace {
 
@@ -84,4 +84,4 @@ bool is_same_file(int descriptor, std::string_view fname) {
 
 std::string system_reason(int error) { return std::generic_category().message(error); }
 
-}  // namespace file
+}  // namespace displacement_generator::file

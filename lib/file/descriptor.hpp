@@ -6,7 +6,7 @@
 
 // The system's own calls, each repeated when a signal interrupted it.
 
-namespace file {
+namespace displacement_generator::file {
 
 /// Opens a file to read.
 ///   fname         in  trailing blanks are not part of the name
@@ -35,4 +35,4 @@ bool is_same_file(int descriptor, std::string_view fname);
 /// The system's words for an errno.
 std::string system_reason(int error);
 
-}  // namespace file
+}  // namespace displacement_generator::file

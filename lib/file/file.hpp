@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "base/array.hpp"
-#include "base/text.hpp"
+#include "../base/array.hpp"
+#include "../base/text.hpp"
 
 // The module `file`: unit numbers, text file access, path names, shell-backed operations, queries.
 //
@@ -14,7 +14,7 @@
 // is thrown; where nothing else is said its message belongs on standard error and its exit status is 2. However a
 // routine ends, a unit that it took is given back.
 
-namespace file {
+namespace displacement_generator::file {
 
 // ---- Unit numbers. One table for the whole process says which open stream a unit number stands for. Units 5 and 6 are
 // standard input and standard output.
@@ -162,7 +162,11 @@ int get_pid();
 ///   word  in  what to look for, with all its characters, trailing blanks included
 int num_file_lines_word(std::string_view fname, std::string_view word);
 
-}  // namespace file
+}  // namespace displacement_generator::file
+
+namespace displacement_generator {
 
 /// The same as file::search_word_free.
 int search_word_free(int fid, std::string_view word, base::text_ref line);
+
+}  // namespace displacement_generator

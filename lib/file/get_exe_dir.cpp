@@ -1,6 +1,8 @@
 #include "base/error.hpp"
 #include "file/unit.hpp"
 
+namespace displacement_generator {
+
 void file::get_exe_dir(base::text_ref dir) {
     const base::text<200> map_file{std::string_view("/proc/" + std::to_string(get_pid()) + "/maps")};
     const connection input(map_file, action::read);
@@ -13,3 +15,5 @@ void file::get_exe_dir(base::text_ref dir) {
     constexpr std::size_t path_column = 74;
     dir.assign(name_dir(std::string_view(line).substr(path_column - 1)));
 }
+
+}  // namespace displacement_generator

@@ -1,5 +1,7 @@
 #include "file/file.hpp"
 
+namespace displacement_generator {
+
 void file::get_free_fid(int& fid) {
     constexpr int first = 100;
     fid = first;
@@ -7,3 +9,5 @@ void file::get_free_fid(int& fid) {
         ++fid;
     }
 }
+
+}  // namespace displacement_generator

@@ -2,4 +2,8 @@
 
 #include "file/file.hpp"
 
+namespace displacement_generator {
+
 int file::get_pid() { return ::getpid(); }
+
+}  // namespace displacement_generator

@@ -2,6 +2,8 @@
 #include "file/shell.hpp"
 #include "file/unit.hpp"
 
+namespace displacement_generator {
+
 int file::nfile_dir(std::string_view dir) {
     constexpr std::string_view listing = ".tmp.nfile_dir";
     run_shell("ls -l | grep " + std::string(base::trimmed(dir)) + " > " + std::string(listing));
@@ -19,3 +21,5 @@ int file::nfile_dir(std::string_view dir) {
     input.close(disposition::remove);
     return count;
 }
+
+}  // namespace displacement_generator

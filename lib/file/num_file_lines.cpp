@@ -6,6 +6,8 @@
 #include "file/descriptor.hpp"
 #include "file/unit.hpp"
 
+namespace displacement_generator {
+
 namespace {
 
 /// Counted in runs so short that the count of one fits a byte: then the compiler counts many bytes at a time.
@@ -51,3 +53,5 @@ int file::num_file_lines(std::string_view fname) {
     }
     return static_cast<int>(lines);
 }
+
+}  // namespace displacement_generator

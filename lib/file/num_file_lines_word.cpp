@@ -2,6 +2,8 @@
 
 #include "file/unit.hpp"
 
+namespace displacement_generator {
+
 namespace {
 
 /// Takes off the reader's block all records that certainly lack `core`, so that only the others are looked at one by
@@ -43,3 +45,5 @@ int file::num_file_lines_word(std::string_view fname, std::string_view word) {
         count += std::string_view(line).find(word) != std::string_view::npos ? 1 : 0;
     }
 }
+
+}  // namespace displacement_generator

@@ -5,6 +5,8 @@
 #include "file/descriptor.hpp"
 #include "file/unit.hpp"
 
+namespace displacement_generator {
+
 int file::num_file_recl(std::string_view fname) {
     const connection input(fname, action::read);  // whether it opened shows in the length
     const auto length = static_cast<int>(static_cast<std::uint32_t>(record_length(input.fid())));
@@ -16,3 +18,5 @@ int file::num_file_recl(std::string_view fname) {
                                  "\nForce to set num_file_recl = " + std::to_string(fallback) + "\n");
     return fallback;
 }
+
+}  // namespace displacement_generator

@@ -8,7 +8,7 @@
 #include "base/text.hpp"
 #include "file/descriptor.hpp"
 
-namespace file {
+namespace displacement_generator::file {
 
 output_file::output_file(std::string path) : path_(std::move(path)) {
     path_.resize(base::trimmed(path_).size());
@@ -46,4 +46,4 @@ void output_file::close(std::string_view last) {
     }
 }
 
-}  // namespace file
+}  // namespace displacement_generator::file

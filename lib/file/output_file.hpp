@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace file {
+namespace displacement_generator::file {
 
 /// A file that is being written, every call of the system checked: what fails stops the run with
 /// "PATH: cannot open for writing: REASON", "PATH: cannot write: REASON" or "PATH: cannot close: REASON". A file that
@@ -30,4 +30,4 @@ class output_file {
     std::size_t size_ = 0;
 };
 
-}  // namespace file
+}  // namespace displacement_generator::file

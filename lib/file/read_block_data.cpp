@@ -3,6 +3,8 @@
 #include "file/descriptor.hpp"
 #include "file/unit.hpp"
 
+namespace displacement_generator {
+
 namespace {
 
 /// A row of a wide block is as long as it is; but the memory for a line is bounded.
@@ -75,3 +77,5 @@ void file::read_block_data(int fid, int n, base::view2<double> a, int nb) {
         }
     }
 }
+
+}  // namespace displacement_generator

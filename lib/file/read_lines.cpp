@@ -1,5 +1,7 @@
 #include "file/unit.hpp"
 
+namespace displacement_generator {
+
 void file::read_lines(std::string_view fname, int nline, base::text_view lines) {
     const connection input(fname, action::read);
     input.require();
@@ -9,3 +11,5 @@ void file::read_lines(std::string_view fname, int nline, base::text_view lines) 
         lines(i).assign(record);
     }
 }
+
+}  // namespace displacement_generator

@@ -7,7 +7,7 @@
 #include "base/array.hpp"
 #include "file/descriptor.hpp"
 
-namespace file {
+namespace displacement_generator::file {
 
 namespace {
 
@@ -99,4 +99,4 @@ bool next_record(record_reader& reader, std::size_t longest, std::string_view& r
     return true;
 }
 
-}  // namespace file
+}  // namespace displacement_generator::file

@@ -3,11 +3,11 @@
 #include <cstddef>
 #include <string_view>
 
-#include "base/array.hpp"
+#include "../base/array.hpp"
 
 // Reading in large blocks. The memory held is that of one block, however long the file and its records are.
 
-namespace file {
+namespace displacement_generator::file {
 
 struct record_reader {
     int descriptor = -1;
@@ -31,4 +31,4 @@ bool next_record(record_reader& reader, std::size_t longest, std::string_view& r
 /// Result: false when nothing more came.
 bool fill_block(record_reader& reader, std::size_t longest);
 
-}  // namespace file
+}  // namespace displacement_generator::file

@@ -1,5 +1,7 @@
 #include "file/file.hpp"
 
+namespace displacement_generator {
+
 int file::search_word_free(int fid, std::string_view word, base::text_ref line) {
     bool read = false;
     do {
@@ -14,3 +16,5 @@ int file::search_word_free(int fid, std::string_view word, base::text_ref line) 
 int search_word_free(int fid, std::string_view word, base::text_ref line) {
     return file::search_word_free(fid, word, line);
 }
+
+}  // namespace displacement_generator

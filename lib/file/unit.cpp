@@ -10,7 +10,7 @@
 #include "base/error.hpp"
 #include "file/descriptor.hpp"
 
-namespace file {
+namespace displacement_generator::file {
 
 namespace {
 
@@ -144,4 +144,4 @@ void connection::require() const {
     }
 }
 
-}  // namespace file
+}  // namespace displacement_generator::file

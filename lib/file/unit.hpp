@@ -4,12 +4,12 @@
 #include <string>
 #include <string_view>
 
-#include "file/file.hpp"
-#include "file/record_reader.hpp"
+#include "file.hpp"
+#include "record_reader.hpp"
 
 // What the routines of this room share about units.
 
-namespace file {
+namespace displacement_generator::file {
 
 /// A free unit, connected to a file for as long as this lives.
 class connection {
@@ -46,4 +46,4 @@ std::string_view take_record(int fid, record_reader& reader, std::size_t longest
 /// What a message calls the file of a unit.
 std::string name_of(int fid);
 
-}  // namespace file
+}  // namespace displacement_generator::file

@@ -5,7 +5,7 @@
 #include "gjf/gjf.hpp"
 #include "gjf/sections.hpp"
 
-namespace gjf {
+namespace displacement_generator::gjf {
 
 namespace {
 
@@ -48,4 +48,4 @@ void get_gjf_coord(std::string_view fname, int natom, base::view2<double> xyz, b
     }
 }
 
-}  // namespace gjf
+}  // namespace displacement_generator::gjf

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "base/array.hpp"
-#include "base/text.hpp"
+#include "../base/array.hpp"
+#include "../base/text.hpp"
 
 // A Gaussian input with one molecule in Cartesian coordinates:
 //
@@ -22,7 +22,7 @@
 // message that names the file, the line where the search began, and what was looked for; the results are unchanged
 // then.
 
-namespace gjf {
+namespace displacement_generator::gjf {
 
 /// Line number of the route line.
 ///   fname   in   the file; trailing blanks are not part of the name
@@ -51,4 +51,4 @@ void get_gjf_natom(std::string_view fname, int& natom);
 /// what was read before it stays.
 void get_gjf_coord(std::string_view fname, int natom, base::view2<double> xyz, base::view1<base::text<2>> symbol);
 
-}  // namespace gjf
+}  // namespace displacement_generator::gjf

@@ -5,7 +5,7 @@
 #include "base/error.hpp"
 #include "file/file.hpp"
 
-namespace gjf {
+namespace displacement_generator::gjf {
 
 namespace {
 
@@ -95,4 +95,4 @@ int count_atoms(const input_lines& input) {
     return (blank == 0 ? input.nline + 1 : blank) - first;
 }
 
-}  // namespace gjf
+}  // namespace displacement_generator::gjf

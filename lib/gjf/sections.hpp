@@ -3,12 +3,12 @@
 #include <string>
 #include <string_view>
 
-#include "base/array.hpp"
-#include "base/text.hpp"
+#include "../base/array.hpp"
+#include "../base/text.hpp"
 
 // What the routines of this room share: a file's lines, and the search for one section after the other in them.
 
-namespace gjf {
+namespace displacement_generator::gjf {
 
 struct input_lines {
     std::string name;  ///< of the file, as messages show it
@@ -24,4 +24,4 @@ int find_charge(const input_lines& input);
 int find_atom(const input_lines& input);
 int count_atoms(const input_lines& input);
 
-}  // namespace gjf
+}  // namespace displacement_generator::gjf

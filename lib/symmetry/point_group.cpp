@@ -5,7 +5,7 @@
 #include "symmetry/operations.hpp"
 #include "symmetry/symmetry.hpp"
 
-namespace symmetry {
+namespace displacement_generator::symmetry {
 
 namespace {
 
@@ -47,4 +47,4 @@ void point_group(int disp_sign, int natom, base::view2<double> x, base::view1<co
     search_symm_xyz(disp_sign, natom, x, symm_op, jrels, op, tol, n6, ncalc, f_calc, n_calc_n6, m_calc, m_symm);
 }
 
-}  // namespace symmetry
+}  // namespace displacement_generator::symmetry

@@ -1,5 +1,7 @@
 #include "symmetry/symmetry.hpp"
 
+namespace displacement_generator {
+
 void symmetry::rotn(int n, base::view2<const double> r, base::view2<double> v) {
     double matrix[3][3];
     for (int i = 0; i < 3; ++i) {
@@ -20,3 +22,5 @@ void symmetry::rotn(int n, base::view2<const double> r, base::view2<double> v) {
         }
     }
 }
+
+}  // namespace displacement_generator

@@ -7,7 +7,7 @@
 
 #include "symmetry/symmetry.hpp"
 
-namespace symmetry {
+namespace displacement_generator::symmetry {
 
 namespace {
 
@@ -195,4 +195,4 @@ void search_op(int natom, base::view2<const double> x, base::view1<const int> na
     found = true;
 }
 
-}  // namespace symmetry
+}  // namespace displacement_generator::symmetry

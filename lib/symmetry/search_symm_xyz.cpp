@@ -8,7 +8,7 @@
 #include "symmetry/operations.hpp"
 #include "symmetry/symmetry.hpp"
 
-namespace symmetry {
+namespace displacement_generator::symmetry {
 
 namespace {
 
@@ -123,4 +123,4 @@ void search_symm_xyz(int /*disp_sign*/, int natom, base::view2<const double> /*x
     }
 }
 
-}  // namespace symmetry
+}  // namespace displacement_generator::symmetry

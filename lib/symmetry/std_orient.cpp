@@ -3,7 +3,7 @@
 #include "symmetry/operations.hpp"
 #include "symmetry/symmetry.hpp"
 
-namespace symmetry {
+namespace displacement_generator::symmetry {
 
 namespace {
 
@@ -76,4 +76,4 @@ void std_orient(int natom, base::view2<double> x, int nop, int& ipg, base::view1
     }
 }
 
-}  // namespace symmetry
+}  // namespace displacement_generator::symmetry

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/array.hpp"
-#include "base/text.hpp"
+#include "../base/array.hpp"
+#include "../base/text.hpp"
 
 // The abelian point groups about the axes of the input, the operations, and which displaced geometries follow from
 // which.
@@ -12,7 +12,7 @@
 // Displacement points are numbered p = 6 (i - 1) + 2 (j - 1) + k for atom i, coordinate j = 1, 2, 3 (x, y, z) and step
 // k = 1, 2.
 
-namespace symmetry {
+namespace displacement_generator::symmetry {
 
 // ---- Tables
 
@@ -101,4 +101,4 @@ void point_group(int disp_sign, int natom, base::view2<double> x, base::view1<co
                  base::view1<int> n_calc_n6, base::view1<int> m_calc, base::view1<bool> f_calc, base::view1<int> m_symm,
                  int& ipg, base::view1<bool> op, base::view2<int> jrels);
 
-}  // namespace symmetry
+}  // namespace displacement_generator::symmetry

@@ -1,5 +1,7 @@
 #include "symmetry/symmetry.hpp"
 
+namespace displacement_generator::symmetry {
+
 namespace {
 
 using label = base::text<3>;
@@ -40,12 +42,10 @@ constexpr double matrices[11 * 9] = {
 
 }  // namespace
 
-namespace symmetry {
-
 constinit const base::view1<const label> pg_name("pg_name", pg_names, 1, 8);
 constinit const base::view1<const int> nrep("nrep", orders, 1, 8);
 constinit const base::view2<const label> irrep("irrep", irreps[0], 8, 8);
 constinit const base::view1<const label> op_name("op_name", op_names, 1, 11);
 constinit const base::view3<const double> symm_op("symm_op", matrices, 3, 3, 11);
 
-}  // namespace symmetry
+}  // namespace displacement_generator::symmetry

@@ -9,6 +9,8 @@
 
 #include "support.hpp"
 
+using namespace displacement_generator;
+
 // Whole runs as data: every folder beside this file is one. README.md there tells how a case is laid out.
 
 namespace {

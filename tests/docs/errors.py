@@ -35,7 +35,7 @@ def main():
     document = (top / "docs" / "errors.md").read_text()
     messages = [m for m in re.findall(r"`([^`]+)`", document) if "<" in m or len(m) > 30]
     literals = set()
-    for path in [*top.glob("lib/*/*.?pp"), *top.glob("tools/*.?pp")]:
+    for path in [*top.glob("lib/*/*.?pp"), *top.glob("tools/*/*.?pp")]:
         if path.name not in NOT_READ:
             literals |= literals_of(path)
     wrong = []

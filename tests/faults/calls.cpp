@@ -8,6 +8,8 @@
 
 #include "faults.hpp"
 
+using namespace displacement_generator;
+
 // Every call of the system that a run makes goes wrong once, one run for each. Whatever happens, a list that ends as a
 // complete one does stands beside files that are whole.
 

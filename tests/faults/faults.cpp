@@ -7,7 +7,7 @@
 
 #include <map>
 
-namespace faults {
+namespace displacement_generator::faults {
 
 namespace fs = std::filesystem;
 
@@ -113,4 +113,4 @@ listening_socket::listening_socket(const std::string& name)
 
 listening_socket::~listening_socket() { ::close(descriptor_); }
 
-}  // namespace faults
+}  // namespace displacement_generator::faults

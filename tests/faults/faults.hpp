@@ -8,7 +8,7 @@
 
 // What the tests of failing machines share: one run that is good, and what must hold of one that is not.
 
-namespace faults {
+namespace displacement_generator::faults {
 
 /// Whether the program under test carries sanitizers, which need more memory than some tests leave.
 #if defined(__SANITIZE_ADDRESS__)
@@ -73,4 +73,4 @@ class listening_socket {
     int descriptor_;
 };
 
-}  // namespace faults
+}  // namespace displacement_generator::faults

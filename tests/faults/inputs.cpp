@@ -7,6 +7,8 @@
 
 #include "faults.hpp"
 
+using namespace displacement_generator;
+
 // Inputs that are no text files. A run on one of them ends at once, with a message, and leaves no trace.
 
 namespace {

@@ -4,6 +4,8 @@
 
 #include "faults.hpp"
 
+using namespace displacement_generator;
+
 // What the system or the user allows a process: length of files, number of open ones, memory.
 
 namespace {

@@ -6,6 +6,8 @@
 
 #include "faults.hpp"
 
+using namespace displacement_generator;
+
 // What stands where an output should go, or what has no room for it.
 
 namespace {

@@ -2,6 +2,8 @@
 
 #include "faults.hpp"
 
+using namespace displacement_generator;
+
 // Standard streams that are closed, full, or read by nobody any more. The numbers of closed ones would go to the first
 // files that are opened, and a message would end up in one of them.
 

@@ -5,7 +5,7 @@
 #include "element/element.hpp"
 #include "symmetry/symmetry.hpp"
 
-namespace property {
+namespace displacement_generator::property {
 
 analysis analyse(const molecule& atoms, bool std_orient, int disp_sign) {
     const int natom = static_cast<int>(atoms.size());
@@ -60,4 +60,4 @@ analysis analyse(const molecule& atoms, bool std_orient, int disp_sign) {
     return result;
 }
 
-}  // namespace property
+}  // namespace displacement_generator::property

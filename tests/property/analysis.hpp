@@ -5,7 +5,7 @@
 
 #include "molecules.hpp"
 
-namespace property {
+namespace displacement_generator::property {
 
 /// What the symmetry analysis says of a molecule, counted from 1 as it counts: element 0 of every list is not used.
 struct analysis {
@@ -22,4 +22,4 @@ struct analysis {
 
 analysis analyse(const molecule& atoms, bool std_orient, int disp_sign = -1);
 
-}  // namespace property
+}  // namespace displacement_generator::property

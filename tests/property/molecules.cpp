@@ -4,7 +4,7 @@
 #include <cctype>
 #include <cmath>
 
-namespace property {
+namespace displacement_generator::property {
 
 const std::array<signs, 9> operation_signs = {{
     {0, 0, 0},     // none
@@ -43,7 +43,7 @@ bool is_group(const std::vector<int>& operations) {
     return has({1, 1, 1});
 }
 
-point any_place(generator& random) {
+point any_place(engine& random) {
     std::uniform_real_distribution<double> size(0.25, 5.0);
     std::uniform_int_distribution<int> quarter(0, 3);
     point at{};
@@ -96,7 +96,7 @@ const std::vector<std::vector<int>>& groups() {
     return all;
 }
 
-molecule symmetric_molecule(generator& random, const std::vector<int>& operations, std::size_t most_atoms) {
+molecule symmetric_molecule(engine& random, const std::vector<int>& operations, std::size_t most_atoms) {
     const std::vector<std::string> symbols = {"H", "H", "C", "C", "N", "O", "Cl", "cl", "h", "U"};
     const std::size_t atoms_wanted = std::uniform_int_distribution<std::size_t>(1, most_atoms)(random);
     molecule atoms;
@@ -110,11 +110,11 @@ molecule symmetric_molecule(generator& random, const std::vector<int>& operation
     return atoms;
 }
 
-molecule any_molecule(generator& random, std::size_t most_atoms) {
+molecule any_molecule(engine& random, std::size_t most_atoms) {
     return symmetric_molecule(random, one_of(random, groups()), most_atoms);
 }
 
-void shake(generator& random, molecule& atoms) {
+void shake(engine& random, molecule& atoms) {
     std::uniform_real_distribution<double> noise(-2e-4, 2e-4);  // an image is off by 7e-4 at the most
     for (atom& moved : atoms) {
         for (double& c : moved.at) {
@@ -169,4 +169,4 @@ std::vector<molecule> turned_every_way(const molecule& atoms) {
     return ways;
 }
 
-}  // namespace property
+}  // namespace displacement_generator::property

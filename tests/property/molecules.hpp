@@ -7,9 +7,9 @@
 
 // Molecules at random, symmetric by construction.
 
-namespace property {
+namespace displacement_generator::property {
 
-using generator = std::mt19937_64;
+using engine = std::mt19937_64;
 using point = std::array<double, 3>;
 
 struct atom {
@@ -32,7 +32,7 @@ const std::vector<std::vector<int>>& groups();
 
 /// Any one of the choices.
 template <class choice>
-const choice& one_of(generator& random, const std::vector<choice>& choices) {
+const choice& one_of(engine& random, const std::vector<choice>& choices) {
     return choices[std::uniform_int_distribution<std::size_t>(0, choices.size() - 1)(random)];
 }
 
@@ -40,13 +40,13 @@ const choice& one_of(generator& random, const std::vector<choice>& choices) {
 /// atoms are at least 0.4 apart, so that an operation is present beyond doubt or not at all; no coordinate is greater
 /// than 5.
 ///   most_atoms  in  about the greatest number of atoms, which an orbit may exceed by 7
-molecule symmetric_molecule(generator& random, const std::vector<int>& operations, std::size_t most_atoms);
+molecule symmetric_molecule(engine& random, const std::vector<int>& operations, std::size_t most_atoms);
 
 /// The same of any of the groups.
-molecule any_molecule(generator& random, std::size_t most_atoms);
+molecule any_molecule(engine& random, std::size_t most_atoms);
 
 /// Moves every coordinate by so little that every operation stays.
-void shake(generator& random, molecule& atoms);
+void shake(engine& random, molecule& atoms);
 
 /// The operations that map the molecule onto itself, found atom by atom, and the image of each atom (from 0) under
 /// each.
@@ -59,4 +59,4 @@ operations_found find_operations(const molecule& atoms);
 /// The molecule turned by each of the 24 turns that carry the axes into one another.
 std::vector<molecule> turned_every_way(const molecule& atoms);
 
-}  // namespace property
+}  // namespace displacement_generator::property

@@ -13,20 +13,22 @@
 #include "molecules.hpp"
 #include "symmetry/symmetry.hpp"
 
+using namespace displacement_generator;
+
 // Laws that the symmetry analysis obeys for every molecule whose atoms are well apart.
 
 namespace {
 
 using property::analyse;
 using property::analysis;
-using property::generator;
+using property::engine;
 using property::molecule;
 using property::operations_found;
 
 /// Molecules of every group in turn, every second one with its atoms a little out of their places.
 template <class law>
 void for_molecules(unsigned seed, int count, std::size_t most_atoms, const law& check) {
-    generator random(seed);
+    engine random(seed);
     for (int n = 0; n < count; ++n) {
         const std::vector<int>& group = property::groups()[static_cast<std::size_t>(n) % property::groups().size()];
         molecule atoms = property::symmetric_molecule(random, group, most_atoms);

@@ -16,21 +16,23 @@
 #include "molecules.hpp"
 #include "written_run.hpp"
 
+using namespace displacement_generator;
+
 // Laws that the files of a run obey for every molecule whose atoms are well apart.
 
 namespace {
 
 using property::displacement;
 using property::displacement_of;
-using property::generator;
+using property::engine;
 using property::info_block;
 using property::matrix3;
 using property::molecule;
 using property::point;
 using property::written_run;
 
-tools::control any_settings(generator& random) {
-    tools::control settings;
+generator::control any_settings(engine& random) {
+    generator::control settings;
     settings.std_orient = property::one_of<int>(random, {0, 1, 1}) != 0;
     settings.symm = property::one_of<int>(random, {0, 1, 1, 1, 1, 1, 1, 1}) != 0;
     settings.disp_sign = property::one_of<int>(random, {-1, -1, 1, 0});
@@ -41,11 +43,11 @@ tools::control any_settings(generator& random) {
 /// Runs of molecules of every group in turn. The coordinates are written with 8 decimals, or with all.
 template <class law>
 void for_runs(unsigned seed, int count, std::size_t most_atoms, const law& check) {
-    generator random(seed);
+    engine random(seed);
     for (int n = 0; n < count; ++n) {
         const auto group = static_cast<std::size_t>(n) % property::groups().size();
         const molecule atoms = property::symmetric_molecule(random, property::groups()[group], most_atoms);
-        const tools::control settings = any_settings(random);
+        const generator::control settings = any_settings(random);
         SCOPED_TRACE(n);
         check(settings, atoms, n % 2 == 0 ? 8 : -1);
         if (testing::Test::HasFailure()) {
@@ -100,7 +102,7 @@ void write_symbols_alike(molecule& atoms) {
 }
 
 TEST(written_file_laws, list_block_and_files_agree) {
-    for_runs(201, 64, 14, [](const tools::control& settings, const molecule& atoms, int decimals) {
+    for_runs(201, 64, 14, [](const generator::control& settings, const molecule& atoms, int decimals) {
         const written_run run = property::run(settings, atoms, decimals);
         const info_block& info = run.list.info;
         EXPECT_EQ(run.list.natom, static_cast<int>(atoms.size()));
@@ -137,11 +139,11 @@ TEST(written_file_laws, list_block_and_files_agree) {
 // The file of the computed point, turned as a whole by the operation, is the derived geometry.
 TEST(written_file_laws, a_derived_geometry_is_the_operation_applied_to_its_source) {
     int derived = 0;
-    for_runs(202, 64, 14, [&](tools::control settings, molecule atoms, int decimals) {
+    for_runs(202, 64, 14, [&](generator::control settings, molecule atoms, int decimals) {
         // Atoms a little out of their places are found by a wide step only.
         const bool shaken = decimals < 0;
         if (shaken) {
-            generator random(atoms.size());
+            engine random(atoms.size());
             property::shake(random, atoms);
             settings.dx *= 50;
         }
@@ -175,7 +177,7 @@ using forces = std::vector<point>;
 /// molecule as a whole do not vanish, nor do their moments.
 class potential {
   public:
-    potential(generator& random, const std::vector<info_block::operation>& operations) {
+    potential(engine& random, const std::vector<info_block::operation>& operations) {
         std::uniform_real_distribution<double> coefficient(-1.0, 1.0);
         for (double& each : strength_) {
             each = coefficient(random);
@@ -283,10 +285,10 @@ class potential {
 // The forces of every point, got from those of the computed ones as the info block says, are those that the potential
 // has at that point.
 TEST(written_file_laws, forces_are_rebuilt_from_the_info_block) {
-    generator random(203);
+    engine random(203);
     int derived = 0;
     double greatest_change = 0.0;
-    for_runs(204, 48, 9, [&](const tools::control& settings, molecule atoms, int decimals) {
+    for_runs(204, 48, 9, [&](const generator::control& settings, molecule atoms, int decimals) {
         write_symbols_alike(atoms);
         const written_run run = property::run(settings, atoms, decimals);
         const info_block& info = run.list.info;
@@ -333,7 +335,7 @@ std::string with_other_signs(std::string text) {
 }
 
 TEST(written_file_laws, the_sign_of_the_steps_changes_labels_only) {
-    for_runs(205, 24, 10, [](tools::control settings, const molecule& atoms, int decimals) {
+    for_runs(205, 24, 10, [](generator::control settings, const molecule& atoms, int decimals) {
         settings.disp_sign = -1;
         const auto files = property::run(settings, atoms, decimals).files;
         for (const int same : {0, 2}) {
@@ -351,7 +353,7 @@ TEST(written_file_laws, the_sign_of_the_steps_changes_labels_only) {
 }
 
 TEST(written_file_laws, a_displaced_file_differs_from_the_reference_in_one_coordinate) {
-    for_runs(206, 64, 14, [](const tools::control& settings, const molecule& atoms, int decimals) {
+    for_runs(206, 64, 14, [](const generator::control& settings, const molecule& atoms, int decimals) {
         const written_run run = property::run(settings, atoms, decimals);
         const std::string& reference = run.files.at("coord-" + run.list.info.points[0].tag + ".com");
         const molecule unmoved = run.geometry(0);
@@ -383,7 +385,7 @@ TEST(written_file_laws, a_displaced_file_differs_from_the_reference_in_one_coord
 
 // Without symmetry every point is computed, and its files are those that a run with symmetry writes of as many.
 TEST(written_file_laws, symmetry_only_leaves_files_out) {
-    for_runs(207, 32, 10, [](tools::control settings, const molecule& atoms, int decimals) {
+    for_runs(207, 32, 10, [](generator::control settings, const molecule& atoms, int decimals) {
         settings.std_orient = false;
         settings.symm = false;
         const written_run all = property::run(settings, atoms, decimals);

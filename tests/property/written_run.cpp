@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "run.hpp"
+#include "displacement_generator/run.hpp"
 #include "support.hpp"
 
-namespace property {
+namespace displacement_generator::property {
 
 const std::string_view input_head = "%chk=any.chk\n#p hf/6-31g force\n\na molecule\n\n0 1\n";
 
@@ -181,7 +181,7 @@ molecule written_run::geometry(int n) const {
     return read_geometry(files.at("coord-" + row.tag + ".com"), input_head, static_cast<std::size_t>(list.natom));
 }
 
-written_run run(tools::control settings, const molecule& atoms, int decimals) {
+written_run run(generator::control settings, const molecule& atoms, int decimals) {
     const support::scratch_folder scratch;
     std::string input(input_head);
     for (const atom& each : atoms) {
@@ -196,7 +196,7 @@ written_run run(tools::control settings, const molecule& atoms, int decimals) {
     }
     support::write_file("mol.gjf", input + '\n');
     settings.fxyz = "mol.gjf";
-    tools::run(settings);
+    generator::run(settings);
     written_run result;
     result.files = support::read_tree("PES-0");
     result.list = read_list(result.files.at("files.out"));
@@ -208,4 +208,4 @@ displacement displacement_of(int n) {
     return {zero_based / 6, zero_based % 6 / 2, zero_based % 2};
 }
 
-}  // namespace property
+}  // namespace displacement_generator::property

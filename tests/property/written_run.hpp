@@ -7,12 +7,12 @@
 #include <string_view>
 #include <vector>
 
-#include "control.hpp"
+#include "displacement_generator/control.hpp"
 #include "molecules.hpp"
 
 // A run as the one who assembles the results finds it: everything here is read back from the written files, by columns.
 
-namespace property {
+namespace displacement_generator::property {
 
 using matrix3 = std::array<std::array<double, 3>, 3>;  ///< by rows
 
@@ -72,7 +72,7 @@ struct written_run {
 
 /// Runs the program on a molecule, in a folder of its own.
 ///   decimals  in  of the coordinates in the input; -1 for all digits that a double has
-written_run run(tools::control settings, const molecule& atoms, int decimals);
+written_run run(generator::control settings, const molecule& atoms, int decimals);
 
 /// The coordinate that a point moves, all from 0.
 struct displacement {
@@ -82,4 +82,4 @@ struct displacement {
 };
 displacement displacement_of(int n);
 
-}  // namespace property
+}  // namespace displacement_generator::property

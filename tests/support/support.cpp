@@ -9,7 +9,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace support {
+namespace displacement_generator::support {
 
 namespace fs = std::filesystem;
 
@@ -120,4 +120,4 @@ std::string standard_output_of(const std::function<void()>& work) {
     return result;
 }
 
-}  // namespace support
+}  // namespace displacement_generator::support

@@ -11,7 +11,7 @@
 
 // What the tests share.
 
-namespace support {
+namespace displacement_generator::support {
 
 /// A new empty folder that is the current one for as long as this lives, and is then removed with all that is in it.
 class scratch_folder {
@@ -57,4 +57,4 @@ std::string stopped_with(const std::function<void()>& work);
 /// What `work` writes on standard output, at the level of the system.
 std::string standard_output_of(const std::function<void()>& work);
 
-}  // namespace support
+}  // namespace displacement_generator::support

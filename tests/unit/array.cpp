@@ -9,6 +9,8 @@
 #include "base/text.hpp"
 #include "support.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 using support::stopped_with;

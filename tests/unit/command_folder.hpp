@@ -7,7 +7,7 @@
 
 #include "support.hpp"
 
-namespace support {
+namespace displacement_generator::support {
 
 /// A folder "commands" in the current one that is the first in PATH for as long as this lives.
 class command_folder {
@@ -33,4 +33,4 @@ class command_folder {
     std::string path_before_;
 };
 
-}  // namespace support
+}  // namespace displacement_generator::support

@@ -1,4 +1,4 @@
-#include "control_source.hpp"
+#include "displacement_generator/control_source.hpp"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -10,12 +10,14 @@
 #include <string_view>
 #include <vector>
 
-#include "control.hpp"
+#include "displacement_generator/control.hpp"
 #include "support.hpp"
+
+using namespace displacement_generator;
 
 namespace {
 
-using tools::control_source;
+using generator::control_source;
 
 /// Every character that is taken, each line feed as "\n" with the place behind it: "a(1,2)" and so on would be long.
 struct taken {
@@ -137,9 +139,9 @@ TEST(control_source, gives_its_descriptor_back) {
     support::write_file("mistaken", "&control dx=a/");
     const std::ptrdiff_t before = open_descriptors();
     for (int i = 0; i < 3; ++i) {
-        tools::read_control("control");
-        support::stopped_with([] { tools::read_control("mistaken"); });
-        support::stopped_with([] { tools::read_control("missing"); });
+        generator::read_control("control");
+        support::stopped_with([] { generator::read_control("mistaken"); });
+        support::stopped_with([] { generator::read_control("missing"); });
     }
     EXPECT_EQ(open_descriptors(), before);
 }
@@ -156,7 +158,7 @@ TEST(control_source, a_pipe_that_stays_open) {
         ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
         ASSERT_EQ(::write(ends[1], tested.bytes.data(), tested.bytes.size()),
                   static_cast<ssize_t>(tested.bytes.size()));
-        EXPECT_EQ(tools::read_control("/proc/self/fd/" + std::to_string(ends[0])).dx, tested.dx);
+        EXPECT_EQ(generator::read_control("/proc/self/fd/" + std::to_string(ends[0])).dx, tested.dx);
         ::close(ends[0]);
         ::close(ends[1]);
     }

@@ -5,6 +5,8 @@
 
 #include "file_test.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 namespace fs = std::filesystem;

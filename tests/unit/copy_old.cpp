@@ -5,6 +5,8 @@
 #include "file_test.hpp"
 #include "random_text.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 namespace fs = std::filesystem;

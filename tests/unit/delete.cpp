@@ -7,6 +7,8 @@
 #include "file/descriptor.hpp"
 #include "file_test.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 namespace fs = std::filesystem;

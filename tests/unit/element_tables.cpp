@@ -3,6 +3,8 @@
 #include "element/element.hpp"
 #include "support.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 struct row {

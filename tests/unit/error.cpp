@@ -6,6 +6,8 @@
 
 #include "support.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 TEST(error, belongs_on_standard_error_with_status_2_unless_said_otherwise) {

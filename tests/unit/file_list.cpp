@@ -1,4 +1,4 @@
-#include "file_list.hpp"
+#include "displacement_generator/file_list.hpp"
 
 #include <gtest/gtest.h>
 
@@ -10,9 +10,11 @@
 
 #include "support.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
-using tools::file_list;
+using generator::file_list;
 
 constexpr const char* list_name = "PES-0/files.out";
 

@@ -9,7 +9,7 @@
 #include "file/file.hpp"
 #include "support.hpp"
 
-namespace support {
+namespace displacement_generator::support {
 
 /// How many descriptors this process has open.
 inline std::ptrdiff_t open_descriptors() {
@@ -31,4 +31,4 @@ class file_test : public testing::Test {
     std::ptrdiff_t descriptors_before_ = open_descriptors();
 };
 
-}  // namespace support
+}  // namespace displacement_generator::support

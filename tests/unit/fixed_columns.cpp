@@ -12,6 +12,8 @@
 #include <random>
 #include <string>
 
+using namespace displacement_generator;
+
 namespace {
 
 /// What the C library writes, as a field: a number that needs more than `width` columns is asterisks.

@@ -11,6 +11,8 @@
 #include <random>
 #include <string>
 
+using namespace displacement_generator;
+
 namespace {
 
 using base::field_kind;

@@ -1,4 +1,4 @@
-#include "geometry_files.hpp"
+#include "displacement_generator/geometry_files.hpp"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "support.hpp"
+
+using namespace displacement_generator;
 
 namespace {
 
@@ -64,10 +66,10 @@ outcome written(
     outcome result;
     prepare();
     result.error = support::stopped_with([&] {
-        tools::file_list list(natom, 0, from.dx);
-        tools::write_geometry_files(lines, icharge, icharge + natom, nline, natom,
-                                    static_cast<int>(std::to_string(natom).size()), symbol, x, from.dx, from.disp_sign,
-                                    f_calc, list, fnames);
+        generator::file_list list(natom, 0, from.dx);
+        generator::write_geometry_files(lines, icharge, icharge + natom, nline, natom,
+                                        static_cast<int>(std::to_string(natom).size()), symbol, x, from.dx,
+                                        from.disp_sign, f_calc, list, fnames);
         list.close("End");
     });
     for (int n = 0; n <= ndisp; ++n) {
@@ -394,8 +396,8 @@ TEST(geometry_files, an_array_that_is_too_short_stops_the_run) {
     const base::array1<base::text<200>> fnames("fnames", 0, 5);
     const auto writing = [&](int nline, const base::view1<base::text<200>>& names) {
         return support::stopped_with([&] {
-            tools::file_list list(1, 0, 0.5);
-            tools::write_geometry_files(lines, 1, 2, nline, 1, 1, symbol, x, 0.5, -1, f_calc, list, names);
+            generator::file_list list(1, 0, 0.5);
+            generator::write_geometry_files(lines, 1, 2, nline, 1, 1, symbol, x, 0.5, -1, f_calc, list, names);
         });
     };
     EXPECT_EQ(writing(3, fnames), "array 'lines': index 3 is outside 1..2|standard error|2");

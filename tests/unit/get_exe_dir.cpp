@@ -8,6 +8,8 @@
 
 #include "file_test.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -5,6 +5,8 @@
 #include "file_test.hpp"
 #include "gjf/gjf.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 using support::stopped_with;

@@ -6,6 +6,8 @@
 
 #include "file/file.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 TEST(get_pid, is_the_process_that_asks) {

@@ -1,4 +1,4 @@
-#include "info_block.hpp"
+#include "displacement_generator/info_block.hpp"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,8 @@
 
 #include "support.hpp"
 #include "symmetry/symmetry.hpp"
+
+using namespace displacement_generator;
 
 namespace {
 
@@ -75,9 +77,9 @@ std::string written(const result& from) {
     fill(m_symm, from.m_symm);
     fill(fnames, from.fnames);
     const std::string head = "Number of atoms:      0\nNumber of files:      1\ndx=  0.500000\n";
-    tools::file_list list(0, 0, 0.5);
-    tools::write_info_block(from.ipg, nop, ops, opr, op_name, natom, jrels, nat, symbol, ndisp, from.ncalc, f_calc,
-                            m_calc, m_symm, fnames, list);
+    generator::file_list list(0, 0, 0.5);
+    generator::write_info_block(from.ipg, nop, ops, opr, op_name, natom, jrels, nat, symbol, ndisp, from.ncalc, f_calc,
+                                m_calc, m_symm, fnames, list);
     std::string text = support::read_file("PES-0/files.out");
     EXPECT_EQ(text.substr(0, head.size()), head);
     return text.substr(head.size());

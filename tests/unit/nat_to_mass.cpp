@@ -5,6 +5,8 @@
 #include "element/element.hpp"
 #include "support.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 constexpr double untouched = -77.0;

@@ -5,6 +5,8 @@
 #include "file_test.hpp"
 #include "random_text.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 using num_file_lines_word = support::file_test;

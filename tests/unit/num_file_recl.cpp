@@ -1,5 +1,7 @@
 #include "file_test.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 using num_file_recl = support::file_test;

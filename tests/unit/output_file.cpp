@@ -10,6 +10,8 @@
 
 #include "file_test.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 namespace fs = std::filesystem;

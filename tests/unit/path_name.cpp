@@ -4,6 +4,8 @@
 
 #include "file/file.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 TEST(path_name, has_a_directory_a_base_an_extension_and_a_main_part) {

@@ -11,6 +11,8 @@
 #include "symmetry/operations.hpp"
 #include "symmetry/symmetry.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 using symmetry::c2x;

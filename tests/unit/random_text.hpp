@@ -12,7 +12,7 @@
 
 // Texts that are hard to read record by record, and a reader too slow and simple to be wrong.
 
-namespace support {
+namespace displacement_generator::support {
 
 /// The records of a text, found character by character.
 inline std::vector<std::string> records_of(std::string_view text) {
@@ -86,4 +86,4 @@ class random_texts {
     std::mt19937 random_{static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed())};
 };
 
-}  // namespace support
+}  // namespace displacement_generator::support

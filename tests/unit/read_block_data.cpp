@@ -3,6 +3,8 @@
 
 #include "file_test.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 using file::action;

@@ -9,8 +9,10 @@
 #include <string_view>
 #include <vector>
 
-#include "control.hpp"
+#include "displacement_generator/control.hpp"
 #include "support.hpp"
+
+using namespace displacement_generator;
 
 namespace {
 
@@ -21,7 +23,7 @@ std::string in_digits(double value) {
 }
 
 /// The settings that are not the defaults, as "key=value" in a fixed order, texts without their trailing blanks.
-std::string shown(const tools::control& settings) {
+std::string shown(const generator::control& settings) {
     std::string result;
     const auto add = [&](const std::string& setting) { result += (result.empty() ? "" : " ") + setting; };
     if (!settings.symm) {
@@ -53,7 +55,7 @@ std::string outcome_of(std::string_view bytes) {
     const support::scratch_folder scratch;
     support::write_file("control", bytes);
     std::string settings;
-    const std::string error = support::stopped_with([&] { settings = shown(tools::read_control("control")); });
+    const std::string error = support::stopped_with([&] { settings = shown(generator::read_control("control")); });
     return error == "no error" ? settings : error;
 }
 
@@ -78,7 +80,7 @@ void expect_errors(const std::vector<row>& rows) {
 }
 
 TEST(read_control, defaults) {
-    const tools::control settings;
+    const generator::control settings;
     EXPECT_TRUE(settings.symm);
     EXPECT_TRUE(settings.std_orient);
     EXPECT_EQ(settings.disp_sign, -1);
@@ -365,7 +367,7 @@ TEST(read_control, files_that_give_no_settings) {
     };
     for (const path_row& tested : rows) {
         SCOPED_TRACE(tested.path);
-        EXPECT_EQ(support::stopped_with([&] { tools::read_control(tested.path); }),
+        EXPECT_EQ(support::stopped_with([&] { generator::read_control(tested.path); }),
                   tested.expected + "|standard error|2");
     }
 }
@@ -374,9 +376,9 @@ TEST(read_control, of_a_path_200_characters_count) {
     const support::scratch_folder scratch;
     const std::string path(200, 'p');
     support::write_file(path, "&control dx=2 /");
-    EXPECT_EQ(shown(tools::read_control(path)), "dx=2");
-    EXPECT_EQ(shown(tools::read_control(path + "qrs")), "dx=2");
-    EXPECT_EQ(support::stopped_with([&] { tools::read_control(path.substr(1)); }),
+    EXPECT_EQ(shown(generator::read_control(path)), "dx=2");
+    EXPECT_EQ(shown(generator::read_control(path + "qrs")), "dx=2");
+    EXPECT_EQ(support::stopped_with([&] { generator::read_control(path.substr(1)); }),
               path.substr(1) + ": cannot open the control file: No such file or directory|standard error|2");
 }
 

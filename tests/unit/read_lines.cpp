@@ -6,6 +6,8 @@
 #include "file_test.hpp"
 #include "random_text.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 using support::stopped_with;

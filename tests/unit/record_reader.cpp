@@ -14,6 +14,8 @@
 #include "file_test.hpp"
 #include "random_text.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 class record_reader : public support::file_test {

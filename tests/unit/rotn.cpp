@@ -9,6 +9,8 @@
 #include "support.hpp"
 #include "symmetry/symmetry.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();

@@ -1,4 +1,4 @@
-#include "run.hpp"
+#include "displacement_generator/run.hpp"
 
 #include <gtest/gtest.h>
 
@@ -10,13 +10,15 @@
 #include "file/file.hpp"
 #include "support.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 constexpr std::string_view head = "# hf\n\ntitle\n\n0 1\n";
 constexpr std::string_view water = "O 0 0 0.25\nH 0 0.75 -0.5\nH 0 -0.75 -0.5\n\n";
 
-tools::control settings(std::string_view fxyz = "mol.gjf") {
-    tools::control result;
+generator::control settings(std::string_view fxyz = "mol.gjf") {
+    generator::control result;
     result.fxyz = fxyz;
     return result;
 }
@@ -27,12 +29,12 @@ struct outcome {
     support::tree files;  ///< below PES-0
 };
 
-outcome outcome_of(const tools::control& with, const std::string& atoms) {
+outcome outcome_of(const generator::control& with, const std::string& atoms) {
     const support::scratch_folder scratch;
     support::write_file("mol.gjf", std::string(head) + atoms);
     outcome result;
     result.standard_output =
-        support::standard_output_of([&] { result.error = support::stopped_with([&] { tools::run(with); }); });
+        support::standard_output_of([&] { result.error = support::stopped_with([&] { generator::run(with); }); });
     result.files = support::read_tree("PES-0");
     return result;
 }
@@ -76,7 +78,7 @@ TEST(run, a_c2v_molecule_about_z) {
 }
 
 TEST(run, without_symmetry) {
-    tools::control off = settings();
+    generator::control off = settings();
     off.symm = false;
     for (const bool std_orient : {true, false}) {
         off.std_orient = std_orient;
@@ -113,7 +115,7 @@ TEST(run, without_symmetry) {
 TEST(run, each_setting_has_its_effect) {
     struct row {
         std::string_view name;
-        void (*change)(tools::control&);
+        void (*change)(generator::control&);
         std::string_view tags;
         std::string_view step;
         std::string_view hydrogen;  ///< of the reference geometry
@@ -122,28 +124,28 @@ TEST(run, each_setting_has_its_effect) {
     const std::string_view turned = "    0.00000000   -0.75000000   -0.50000000";
     const std::string_view as_given = "    0.75000000    0.00000000   -0.50000000";
     const std::vector<row> rows = {
-        {"the defaults", [](tools::control&) {}, "0-00 1+dz 1-dx 1-dy 1-dz 2+dy 2+dz 2-dx 2-dy 2-dz", "  0.001000",
+        {"the defaults", [](generator::control&) {}, "0-00 1+dz 1-dx 1-dy 1-dz 2+dy 2+dz 2-dx 2-dy 2-dz", "  0.001000",
          turned},
         {"qctype and task",
-         [](tools::control& c) {
+         [](generator::control& c) {
              c.qctype = "anything";
              c.task = "at all";
          },
          "0-00 1+dz 1-dx 1-dy 1-dz 2+dy 2+dz 2-dx 2-dy 2-dz", "  0.001000", turned},
-        {"std_orient", [](tools::control& c) { c.std_orient = false; },
+        {"std_orient", [](generator::control& c) { c.std_orient = false; },
          "0-00 1+dz 1-dx 1-dy 1-dz 2+dx 2+dz 2-dx 2-dy 2-dz", "  0.001000", as_given},
-        {"dx", [](tools::control& c) { c.dx = -0.25; }, "0-00 1+dz 1-dx 1-dy 1-dz 2+dy 2+dz 2-dx 2-dy 2-dz",
+        {"dx", [](generator::control& c) { c.dx = -0.25; }, "0-00 1+dz 1-dx 1-dy 1-dz 2+dy 2+dz 2-dx 2-dy 2-dz",
          " -0.250000", turned},
-        {"disp_sign", [](tools::control& c) { c.disp_sign = 1; }, "0-00 1+dx 1+dy 1+dz 1-dz 2+dx 2+dy 2+dz 2-dy 2-dz",
-         "  0.001000", turned},
-        {"disp_sign 0", [](tools::control& c) { c.disp_sign = 0; }, "0-00 1+dz 1-dx 1-dy 1-dz 2+dy 2+dz 2-dx 2-dy 2-dz",
-         "  0.001000", turned},
-        {"disp_sign 2", [](tools::control& c) { c.disp_sign = 2; }, "0-00 1+dz 1-dx 1-dy 1-dz 2+dy 2+dz 2-dx 2-dy 2-dz",
-         "  0.001000", turned},
+        {"disp_sign", [](generator::control& c) { c.disp_sign = 1; },
+         "0-00 1+dx 1+dy 1+dz 1-dz 2+dx 2+dy 2+dz 2-dy 2-dz", "  0.001000", turned},
+        {"disp_sign 0", [](generator::control& c) { c.disp_sign = 0; },
+         "0-00 1+dz 1-dx 1-dy 1-dz 2+dy 2+dz 2-dx 2-dy 2-dz", "  0.001000", turned},
+        {"disp_sign 2", [](generator::control& c) { c.disp_sign = 2; },
+         "0-00 1+dz 1-dx 1-dy 1-dz 2+dy 2+dz 2-dx 2-dy 2-dz", "  0.001000", turned},
     };
     for (const row& tested : rows) {
         SCOPED_TRACE(tested.name);
-        tools::control changed = settings();
+        generator::control changed = settings();
         tested.change(changed);
         const outcome found = outcome_of(changed, in_zx);
         EXPECT_EQ(found.error, "no error");
@@ -229,7 +231,7 @@ TEST(run, what_stops_it_before_anything_is_written) {
         SCOPED_TRACE(tested.name);
         const support::scratch_folder scratch;
         support::write_file("mol.gjf", std::string(head) + tested.atoms);
-        EXPECT_EQ(support::stopped_with([&] { tools::run(settings(tested.fxyz)); }), tested.error);
+        EXPECT_EQ(support::stopped_with([&] { generator::run(settings(tested.fxyz)); }), tested.error);
         EXPECT_FALSE(std::filesystem::exists("PES-0"));
         int fid = 0;
         file::get_free_fid(fid);
@@ -240,18 +242,18 @@ TEST(run, what_stops_it_before_anything_is_written) {
 TEST(run, twice_gives_the_same) {
     const support::scratch_folder scratch;
     support::write_file("mol.gjf", std::string(head) + std::string(water));
-    tools::run(settings());
+    generator::run(settings());
     const support::tree first = support::read_tree("PES-0");
     support::write_file("PES-0/files.out", std::string(100000, 'x'));
     support::write_file("PES-0/coord-1-dx.com", std::string(100000, 'x'));
-    tools::run(settings());
+    generator::run(settings());
     EXPECT_EQ(support::read_tree("PES-0"), first);
     // Nothing that one run leaves behind shows in the next: without symmetry every operation is called "E", with it
     // none.
-    tools::control off = settings();
+    generator::control off = settings();
     off.symm = false;
-    tools::run(off);
-    tools::run(settings());
+    generator::run(off);
+    generator::run(settings());
     for (const auto& [name, bytes] : first) {
         EXPECT_EQ(support::read_file("PES-0/" + name), bytes) << name;
     }
@@ -261,7 +263,7 @@ TEST(run, a_folder_that_cannot_be_made) {
     const support::scratch_folder scratch;
     support::write_file("mol.gjf", std::string(head) + std::string(water));
     support::write_file("PES-0", "a file");  // mkdir says so itself, on standard error
-    EXPECT_EQ(support::stopped_with([] { tools::run(settings()); }),
+    EXPECT_EQ(support::stopped_with([] { generator::run(settings()); }),
               "PES-0/files.out: cannot open for writing: Not a directory|standard error|2");
 }
 

@@ -14,6 +14,8 @@
 #include "symmetry/operations.hpp"
 #include "symmetry/symmetry.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();

@@ -3,6 +3,8 @@
 
 #include "file_test.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 using file::action;
@@ -11,7 +13,7 @@ using file::action;
 class search_word : public support::file_test {
   protected:
     using routine = int (*)(int fid, std::string_view word, base::text_ref line);
-    static constexpr routine both[] = {file::search_word_free, ::search_word_free};
+    static constexpr routine both[] = {file::search_word_free, displacement_generator::search_word_free};
 };
 
 TEST_F(search_word, goes_on_behind_the_line_that_it_found) {

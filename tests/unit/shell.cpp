@@ -7,6 +7,8 @@
 #include "command_folder.hpp"
 #include "file_test.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -10,6 +10,8 @@
 #include "symmetry/operations.hpp"
 #include "symmetry/symmetry.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 using symmetry::c2x;

@@ -7,6 +7,8 @@
 #include "support.hpp"
 #include "symmetry/symmetry.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 struct group_row {

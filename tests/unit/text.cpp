@@ -6,6 +6,8 @@
 
 #include "support.hpp"
 
+using namespace displacement_generator;
+
 namespace {
 
 std::string whole(std::string_view text) { return std::string(text); }

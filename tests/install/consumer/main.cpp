@@ -1,9 +1,11 @@
 #include <iostream>
 
-#include "element/element.hpp"
-#include "file/file.hpp"
-#include "gjf/gjf.hpp"
-#include "symmetry/symmetry.hpp"
+#include <displacement_generator/element/element.hpp>
+#include <displacement_generator/file/file.hpp>
+#include <displacement_generator/gjf/gjf.hpp>
+#include <displacement_generator/symmetry/symmetry.hpp>
+
+using namespace displacement_generator;
 
 int main(int, char** argv) {
     const std::string_view input = argv[1];

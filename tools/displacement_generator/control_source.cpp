@@ -7,7 +7,7 @@
 #include "base/text.hpp"
 #include "file/descriptor.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 namespace {
 
@@ -88,4 +88,4 @@ bool control_source::fill() {
     return count > 0;
 }
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

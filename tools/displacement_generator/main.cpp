@@ -15,6 +15,8 @@
 #include <malloc.h>
 #endif
 
+using namespace displacement_generator;
+
 namespace {
 
 int stopped(int descriptor, const std::string& line, int exit_status) {
@@ -39,7 +41,7 @@ int main(int argc, char** argv) {
     ::mallopt(M_TRIM_THRESHOLD, 1 << 26);
 #endif
     try {
-        tools::run(tools::read_control(argc > 1 ? argv[1] : ""));
+        generator::run(generator::read_control(argc > 1 ? argv[1] : ""));
         return 0;
     } catch (const base::run_error& error) {
         if (error.stream == base::message_stream::standard_output) {

@@ -13,7 +13,7 @@
 #include "info_block.hpp"
 #include "symmetry/symmetry.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 namespace {
 
@@ -143,4 +143,4 @@ void run(const control& settings) {
                      fnames, list);
 }
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

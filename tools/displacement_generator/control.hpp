@@ -4,7 +4,7 @@
 
 #include "base/text.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 /// The settings of a run, with their defaults.
 struct control {
@@ -24,4 +24,4 @@ struct control {
 /// the run with a message that names the file and, where there is one, the line.
 control read_control(std::string_view path);
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

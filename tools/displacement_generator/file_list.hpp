@@ -6,7 +6,7 @@
 
 #include "file/output_file.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 /// The directory that holds every output of a run, relative to the current one.
 constexpr std::string_view work_dir = "PES-0";
@@ -46,4 +46,4 @@ class file_list {
     std::string lines_;
 };
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

@@ -4,7 +4,7 @@
 #include "base/text.hpp"
 #include "file_list.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 /// Writes the reference geometry and every displaced geometry that must be computed, each the Gaussian input with its
 /// atom lines rewritten, and enters their names in the list. Step 1 of a coordinate moves it by minus `dx`, step 2 by
@@ -27,4 +27,4 @@ void write_geometry_files(base::view1<const base::text<500>> lines, int icharge,
                           double dx, int disp_sign, base::view1<const bool> f_calc, file_list& list,
                           base::view1<base::text<200>> fnames);
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

@@ -4,7 +4,7 @@
 
 #include "base/fixed_columns.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 namespace {
 
@@ -39,4 +39,4 @@ void file_list::close(std::string_view last_line) {
     file_.close(std::string(last_line) + '\n');
 }
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

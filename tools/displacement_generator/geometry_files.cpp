@@ -9,7 +9,7 @@
 #include "base/fixed_columns.hpp"
 #include "file/output_file.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 namespace {
 
@@ -124,4 +124,4 @@ void write_geometry_files(base::view1<const base::text<500>> lines, int icharge,
     }
 }
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

@@ -4,7 +4,7 @@
 #include "base/text.hpp"
 #include "file_list.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 /// Ends the list with the info block, from which the forces of all points are rebuilt out of those of the computed
 /// ones, and closes it.
@@ -30,4 +30,4 @@ void write_info_block(int ipg, int nop, base::view1<const int> ops, base::view1<
                       base::view1<const bool> f_calc, base::view1<const int> m_calc, base::view1<const int> m_symm,
                       base::view1<const base::text<200>> fnames, file_list& list);
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

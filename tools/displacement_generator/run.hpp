@@ -2,10 +2,10 @@
 
 #include "control.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 /// One run, from the settings to the complete directory "PES-0" in the current directory. What goes wrong stops the
 /// run.
 void run(const control& settings);
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

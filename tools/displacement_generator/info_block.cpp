@@ -8,7 +8,7 @@
 #include "base/fixed_columns.hpp"
 #include "symmetry/symmetry.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 namespace {
 
@@ -122,4 +122,4 @@ void write_info_block(int ipg, int nop, base::view1<const int> ops, base::view1<
     list.close("End_vesk_info");
 }
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

@@ -6,7 +6,7 @@
 #include "control.hpp"
 #include "control_source.hpp"
 
-namespace tools {
+namespace displacement_generator::generator {
 
 namespace {
 
@@ -249,4 +249,4 @@ control read_control(std::string_view path) {
     return settings;
 }
 
-}  // namespace tools
+}  // namespace displacement_generator::generator

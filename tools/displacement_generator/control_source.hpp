@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace tools {
+namespace displacement_generator::generator {
 
 /// How the program is called, for the end of a message.
 constexpr std::string_view usage =
@@ -47,4 +47,4 @@ class control_source {
     int column_ = 1;
 };
 
-}  // namespace tools
+}  // namespace displacement_generator::generator
