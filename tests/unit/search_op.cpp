@@ -339,6 +339,39 @@ TEST(search_op, is_the_rule_where_many_atoms_are_near) {
     EXPECT_GT(present, 300);
 }
 
+// In a plane square to the weights the sums of all atoms are the same, but for their last digits. Of equal places many
+// are taken twice or more.
+TEST(search_op, is_the_rule_where_all_sums_are_one) {
+    generator random(20240311);
+    constexpr double second = 0.7548776662466927;
+    constexpr double third = 0.5698402909980532;
+    int present = 0;
+    for (const int natom : {2, 5, 17, 130, 500}) {
+        for (int round = 0; round < 16; ++round) {
+            std::uniform_int_distribution<int> place(-natom, natom);
+            const double height = round % 2 == 0 ? 0.0 : 1.0;
+            molecule atoms;
+            while (static_cast<int>(atoms.size()) < natom) {
+                const double along = 0.5 * place(random);
+                const double across = round % 4 < 2 ? 0.0 : 0.25 * place(random);
+                const point at = {height - second * along - third * across, along, across};
+                atoms.push_back({at});
+                if (round % 8 != 7) {
+                    atoms.push_back({{-at[0], -at[1], -at[2]}});
+                }
+            }
+            std::shuffle(atoms.begin(), atoms.end(), random);
+            for (const int operation : {symmetry::identity, symmetry::c2z, symmetry::inversion}) {
+                for (const double tol : {tol_of_a_run, 0.3, 1e-9}) {
+                    compare(atoms, operation, tol);
+                    present += by_the_rule(atoms, operation, tol).found ? 1 : 0;
+                }
+            }
+        }
+    }
+    EXPECT_GT(present, 400);
+}
+
 TEST(search_op, is_the_rule_where_numbers_are_not) {
     generator random(20240303);
     const std::vector<double> coordinates = {0.0,    -0.0,  1.0,      -1.0,      5e-324,      1e-310,  -1e-170,
@@ -361,7 +394,7 @@ TEST(search_op, is_the_rule_where_numbers_are_not) {
         }
         compare(atoms, any_operation(random), one_of(random, tolerances()));
     }
-    // One spoilt atom among many, in every place of a block.
+    // One spoilt atom among many, in every place.
     for (const double spoilt : {not_a_number, infinity, 1e200}) {
         for (std::size_t place = 0; place < 130; ++place) {
             molecule atoms = symmetric_molecule(random, 130, symmetry::inversion);
