@@ -13,6 +13,10 @@ namespace {
 
 constexpr std::size_t block_size = 65536;
 
+/// The room for a record of `longest` characters. With its CR and LF it is not full, so a record that fills the room is
+/// too long; and the rest of such a record is passed over in reads that are large as well.
+std::size_t room_for(std::size_t longest) { return std::max(block_size, longest + block_size / 2); }
+
 std::string_view without_carriage_return(std::string_view record) {
     if (!record.empty() && record.back() == '\r') {
         record.remove_suffix(1);
@@ -39,9 +43,7 @@ bool fill_block(record_reader& reader, std::size_t longest) {
     if (reader.ended) {
         return false;
     }
-    // Two characters more than a record: with its CR and LF it still fits, so a record that fills the block is too
-    // long.
-    const std::size_t needed = std::max(block_size, longest + 2);
+    const std::size_t needed = room_for(longest);
     if (reader.capacity < needed) {
         auto larger = base::allocate_for_overwrite<char>("block", needed);
         if (reader.end != 0) {
@@ -80,7 +82,7 @@ bool next_record(record_reader& reader, std::size_t longest, std::string_view& r
             reader.begin = 0;
         }
         const bool full = reader.begin == 0 && reader.end == reader.capacity;
-        if (full && reader.capacity >= std::max(block_size, longest + 2)) {
+        if (full && reader.capacity >= room_for(longest)) {
             pass_over_rest(reader, longest);
             record = {reader.block.get(), longest};
             ++reader.line_number;

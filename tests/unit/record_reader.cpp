@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -172,6 +173,35 @@ TEST_F(record_reader, stays_at_the_end_that_it_found) {
     support::write_file("text", "a\nb");
     EXPECT_FALSE(file::next_record(reader, 200, record));
     ::close(reader.descriptor);
+}
+
+/// How many reads this process has asked the system for.
+long long reads_so_far() {
+    std::ifstream counters("/proc/self/io");
+    std::string word;
+    while (counters >> word) {
+        if (long long count = 0; word == "syscr:" && counters >> count) {
+            return count;
+        }
+    }
+    ADD_FAILURE() << "/proc/self/io tells of no reads";
+    return 0;
+}
+
+TEST_F(record_reader, passes_over_the_rest_of_a_record_in_large_reads) {
+    for (const std::size_t longest : {std::size_t{0}, std::size_t{500}, std::size_t{1} << 15,
+                                      (std::size_t{1} << 16) - 2, std::size_t{1} << 16, std::size_t{1} << 20}) {
+        SCOPED_TRACE(longest);
+        constexpr std::size_t rest = 4 << 20;
+        support::write_file("long", std::string(longest + rest, 'x') + "\nnext\n");
+        const long long start = reads_so_far();
+        const long long counting = reads_so_far() - start;  // these reads are counted as well
+        const int descriptor = open_file("long");
+        const long long before = reads_so_far();
+        expect_records(descriptor, {std::string(longest, 'x'), std::string("next").substr(0, longest)}, {longest});
+        const long long reads = reads_so_far() - before - counting;
+        EXPECT_LE(reads, static_cast<long long>((longest + rest) / 32768 + 3));
+    }
 }
 
 }  // namespace
