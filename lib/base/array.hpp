@@ -23,6 +23,11 @@ namespace displacement_generator::base {
 /// Stops the run: "array 'NAME': N elements of B bytes each would exceed the memory limit".
 [[noreturn]] void allocation_error(const char* name, std::size_t elements, std::size_t bytes);
 
+/// The number of elements lower..upper.
+[[nodiscard]] constexpr std::size_t extent(int lower, int upper) {
+    return upper < lower ? 0 : static_cast<std::size_t>(static_cast<long long>(upper) - lower + 1);
+}
+
 /// Elements lower..upper of one dimension; with upper < lower there are none.
 template <class element>
 class view1 {
@@ -49,6 +54,9 @@ class view1 {
         }
         return first_;
     }
+
+    [[nodiscard]] element* begin() const { return first_; }
+    [[nodiscard]] element* end() const { return first_ + extent(lower_, upper_); }
 
     [[nodiscard]] const char* name() const { return name_; }
     [[nodiscard]] int lower() const { return lower_; }
@@ -90,6 +98,10 @@ class view2 {
     /// Column j, that is elements (1..rows, j).
     [[nodiscard]] view1<element> column(int j) const { return {name_, column_start(j), 1, rows_}; }
 
+    /// All elements, column after column.
+    [[nodiscard]] element* begin() const { return first_; }
+    [[nodiscard]] element* end() const { return first_ + extent(1, rows_) * extent(1, columns_); }
+
     [[nodiscard]] const char* name() const { return name_; }
     [[nodiscard]] int rows() const { return rows_; }
     [[nodiscard]] int columns() const { return columns_; }
@@ -108,12 +120,14 @@ class view2 {
     int columns_;
 };
 
-/// Elements (1..rows, 1..columns, 1..slabs), read one matrix at a time.
+/// Elements (1..rows, 1..columns, 1..slabs).
 template <class element>
 class view3 {
   public:
     constexpr view3(const char* name, element* first, int rows, int columns, int slabs) noexcept
         : name_(name), first_(first), rows_(rows), columns_(columns), slabs_(slabs) {}
+
+    element& operator()(int i, int j, int k) const { return matrix(k)(i, j); }
 
     /// The matrix of elements (1..rows, 1..columns, k).
     [[nodiscard]] view2<element> matrix(int k) const {
@@ -122,6 +136,10 @@ class view3 {
         }
         return {name_, first_ + static_cast<std::ptrdiff_t>(k - 1) * rows_ * columns_, rows_, columns_};
     }
+
+    /// All elements, matrix after matrix and in each column after column.
+    [[nodiscard]] element* begin() const { return first_; }
+    [[nodiscard]] element* end() const { return first_ + extent(1, rows_) * extent(1, columns_) * extent(1, slabs_); }
 
   private:
     const char* name_;
@@ -132,7 +150,9 @@ class view3 {
 };
 
 /// Whether so many bytes can be counted at all; no allocation may be asked for more.
-constexpr bool is_countable(std::size_t elements, std::size_t bytes) { return elements <= PTRDIFF_MAX / bytes; }
+[[nodiscard]] constexpr bool is_countable(std::size_t elements, std::size_t bytes) {
+    return elements <= PTRDIFF_MAX / bytes;
+}
 
 /// Has the system make the pages of a large block at once, which costs half of what it costs to have each made when it
 /// is first touched: for what is filled as a whole.
@@ -148,7 +168,7 @@ using owner = std::unique_ptr<element[], release>;
 
 /// `count` new elements for the array `name`, that hold anything; stops the run where the memory is not to be had.
 template <class element>
-owner<element> allocate_for_overwrite(const char* name, std::size_t count) {
+[[nodiscard]] owner<element> allocate_for_overwrite(const char* name, std::size_t count) {
     static_assert(std::is_trivially_copyable_v<element> && std::is_trivially_destructible_v<element>);
     void* block =
         is_countable(count, sizeof(element)) ? ::operator new(count * sizeof(element), std::nothrow) : nullptr;
@@ -162,7 +182,7 @@ owner<element> allocate_for_overwrite(const char* name, std::size_t count) {
 struct unset {};
 
 template <class element>
-owner<element> allocate(const char* name, std::size_t count, unset /*start*/) {
+[[nodiscard]] owner<element> allocate(const char* name, std::size_t count, unset /*start*/) {
     auto elements = allocate_for_overwrite<element>(name, count);
     make_pages(elements.get(), count * sizeof(element));
     return elements;
@@ -170,15 +190,10 @@ owner<element> allocate(const char* name, std::size_t count, unset /*start*/) {
 
 /// The same, with elements that start at zero (false, blank).
 template <class element>
-owner<element> allocate(const char* name, std::size_t count) {
+[[nodiscard]] owner<element> allocate(const char* name, std::size_t count) {
     auto elements = allocate<element>(name, count, unset());
     std::uninitialized_fill_n(elements.get(), count, element());
     return elements;
-}
-
-/// The number of elements lower..upper.
-constexpr std::size_t extent(int lower, int upper) {
-    return upper < lower ? 0 : static_cast<std::size_t>(static_cast<long long>(upper) - lower + 1);
 }
 
 /// A view1 that owns its elements.

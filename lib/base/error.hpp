@@ -25,6 +25,6 @@ struct run_error : std::runtime_error {
 /// were cut, and every byte outside printable ASCII as \xHH (tab, carriage return and line feed as \t, \r and \n).
 ///   text     in   any bytes
 ///   longest  in   how many bytes are shown at the most
-std::string shown(std::string_view text, std::size_t longest = 60);
+[[nodiscard]] std::string shown(std::string_view text, std::size_t longest = 60);
 
 }  // namespace displacement_generator::base

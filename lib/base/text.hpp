@@ -1,27 +1,39 @@
 #pragma once
 
 #include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <cstring>
+#include <iosfwd>
+#include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "array.hpp"
 
 namespace displacement_generator::base {
 
+/// A string that ends with the statement it stands in: no routine gives a part of it, which would outlive the whole.
+template <class type>
+concept ending_string = std::same_as<std::remove_cv_t<type>, std::string>;
+
 /// `value` without its trailing blanks; only the space character is a blank.
-inline std::string_view trimmed(std::string_view value) {
+[[nodiscard]] constexpr std::string_view trimmed(std::string_view value) {
     constexpr std::string_view many = "        ";
     while (value.ends_with(many)) {  // a text of fixed length is mostly blanks
         value.remove_suffix(many.size());
     }
     return value.substr(0, value.find_last_not_of(' ') + 1);  // of a blank value npos + 1, that is nothing
 }
+template <ending_string type>
+std::string_view trimmed(type&& value) = delete;
 
 /// `value` without its leading blanks.
-inline std::string_view left_adjusted(std::string_view value) {
+[[nodiscard]] constexpr std::string_view left_adjusted(std::string_view value) {
     return value.substr(std::min(value.find_first_not_of(' '), value.size()));
 }
+template <ending_string type>
+std::string_view left_adjusted(type&& value) = delete;
 
 /// A fixed-length text of somebody else's, to be written to. The length stays; what is assigned is cut or padded to it.
 struct text_ref {
@@ -36,6 +48,7 @@ struct text_ref {
         std::fill(characters + kept, characters + length, ' ');
     }
     operator std::string_view() const { return {characters, length}; }
+    operator std::string() const { return {characters, length}; }
 };
 
 /// A text of exactly n characters, padded with blanks on the right; a longer value is cut. It starts blank.
@@ -50,13 +63,35 @@ struct text {
         std::fill(characters + kept, characters + n, ' ');
     }
     constexpr text(const char* value) : text(std::string_view(value)) {}
+    constexpr text(const std::string& value) : text(std::string_view(value)) {}
 
+    /// All n characters, trailing blanks included.
     constexpr operator std::string_view() const { return {characters, n}; }
+    operator std::string() const { return {characters, n}; }
     operator text_ref() { return {characters, n}; }
-    [[nodiscard]] std::string_view trimmed() const { return base::trimmed(*this); }
-
-    friend bool operator==(const text& a, const text& b) { return std::memcmp(a.characters, b.characters, n) == 0; }
+    [[nodiscard]] constexpr std::string_view trimmed() const { return base::trimmed(*this); }
 };
+
+template <class type>
+inline constexpr bool has_fixed_length = false;
+template <>
+inline constexpr bool has_fixed_length<text_ref> = true;
+template <std::size_t n>
+inline constexpr bool has_fixed_length<text<n>> = true;
+
+/// Whether two texts are equal, at least one of them of fixed length. None is cut to the length of the other, and
+/// trailing blanks do not count in either.
+template <class fixed, class other>
+requires has_fixed_length<fixed> && std::convertible_to<const other&, std::string_view>
+[[nodiscard]] constexpr bool operator==(const fixed& a, const other& b) {
+    return trimmed(std::string_view(a)) == trimmed(std::string_view(b));
+}
+
+/// Writes all characters, trailing blanks included; trimmed() leaves them out.
+template <class fixed>
+requires has_fixed_length<fixed> std::ostream& operator<<(std::ostream& out, const fixed& value) {
+    return out << std::string_view(value);
+}
 
 /// A 1-based array of somebody else's fixed-length texts, all of one length that is known at run time only.
 class text_view {

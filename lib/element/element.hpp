@@ -19,8 +19,9 @@ extern const base::view1<const double> mass;
 ///   natom    in      number of atoms
 ///   nat      in/out  (1..natom) atomic numbers
 ///   symbol   in/out  (1..natom) element symbols, texts of any length; of a longer one only two characters count
-///   sym_nat  in      the direction. "sym->nat": nat from symbol. Anything else: symbol from nat; an atomic number
-///                    outside 0..100 stops the run.
+///   sym_nat  in      the direction, a text of 8 characters; trailing blanks that are missing or too many do not count.
+///                    "sym->nat": nat from symbol. Anything else: symbol from nat; an atomic number outside 0..100
+///                    stops the run. So does a direction of more than 8 characters.
 /// A symbol is taken without its leading blanks; a lower-case first letter counts as upper case; an upper-case second
 /// letter counts as the lower-case form of the first, so that "CL" is no symbol. Of equal entries of `atom` the last
 /// counts: "Be" is 83, "Ru" 94. An unknown symbol leaves its nat as it was.

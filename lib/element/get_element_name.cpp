@@ -1,6 +1,8 @@
 #include <array>
 #include <cstddef>
+#include <string>
 
+#include "base/error.hpp"
 #include "element/element.hpp"
 
 namespace displacement_generator {
@@ -40,7 +42,12 @@ std::size_t place_of(const base::text<2>& form) {
 }  // namespace
 
 void element::get_element_name(int natom, base::view1<int> nat, base::text_view symbol, std::string_view sym_nat) {
-    if (sym_nat == "sym->nat") {
+    const base::text<8> direction(sym_nat);
+    if (direction != sym_nat) {  // cut, it could be taken for the other direction
+        throw base::run_error("direction '" + base::shown(base::trimmed(sym_nat)) + "': expected 8 characters, found " +
+                              std::to_string(base::trimmed(sym_nat).size()));
+    }
+    if (direction == "sym->nat") {
         constexpr int unknown = -1;
         std::array<int, no_place + 1> numbers{};
         numbers.fill(unknown);

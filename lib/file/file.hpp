@@ -13,6 +13,9 @@
 // records; a record ends at LF or at CR LF, and the last one needs no end. "Stops the run" means that base::run_error
 // is thrown; where nothing else is said its message belongs on standard error and its exit status is 2. However a
 // routine ends, a unit that it took is given back.
+//
+// The module keeps one table of units for the whole process, without a lock: it is for one thread at a time. So is what
+// stands on it, the readers of Gaussian inputs.
 
 namespace displacement_generator::file {
 
@@ -26,14 +29,14 @@ enum class action { read, write };
 void get_free_fid(int& fid);
 
 /// Whether a unit is connected to a stream.
-bool is_connected(int fid);
+[[nodiscard]] bool is_connected(int fid);
 
 /// Connects a unit to a file. To read, the file must exist and be a regular file: text files are read more than once,
 /// so a pipe or a device does not do. To write, the file is made if it is missing and emptied if it is not.
 ///   fid    in  a unit from 1 upward that is not connected; another one stops the run
 ///   fname  in  the file
 /// Result: blank when the unit is connected now, otherwise why it is not.
-std::string open_unit(int fid, std::string_view fname, action what);
+[[nodiscard]] std::string open_unit(int fid, std::string_view fname, action what);
 
 /// What becomes of the file when its unit is closed.
 enum class disposition { keep, remove };
@@ -45,24 +48,24 @@ void close_unit(int fid, disposition what = disposition::keep);
 /// Reads the next record of a unit.
 ///   line  out  the record, cut or padded; unchanged when the result is false
 /// Result: false at the end of the file, on a read error, or when the unit is not connected for reading.
-bool read_record(int fid, base::text_ref line);
+[[nodiscard]] bool read_record(int fid, base::text_ref line);
 
 /// Writes `record` and a line feed to a unit; what cannot be written stops the run.
 void write_record(int fid, std::string_view record);
 
 /// The longest record that a unit's stream accepts: 2147483647 characters when it is connected, -1 when it is not.
-std::int64_t record_length(int fid);
+[[nodiscard]] std::int64_t record_length(int fid);
 
 // ---- Text file access
 
 /// The number of records of a text file. A file that cannot be opened stops the run with exit status 1 and a message on
 /// standard output: " Error in opening file 'FNAME' in function num_file_lines, stop!". A file that cannot be read, or
 /// that has more records than an integer counts, stops it too.
-int num_file_lines(std::string_view fname);
+[[nodiscard]] int num_file_lines(std::string_view fname);
 
 /// The longest record that a connection to the file accepts: 2147483647. A file that cannot be opened has none; that is
 /// told in two lines on standard output, and the result is 132.
-int num_file_recl(std::string_view fname);
+[[nodiscard]] int num_file_recl(std::string_view fname);
 
 /// Reads the first records of a text file. A file that cannot be opened or read, or that has fewer records, stops the
 /// run.
@@ -86,34 +89,44 @@ void read_block_data(int fid, int n, base::view2<double> a, int nb);
 ///   line  out  the record last read, cut or padded; the word is looked for in this text
 /// Result: 1 when `line` contains the word, 0 when a read failed first. A first read that fails leaves `line` as it
 /// was, and the word is looked for in it all the same.
-int search_word_free(int fid, std::string_view word, base::text_ref line);
+[[nodiscard]] int search_word_free(int fid, std::string_view word, base::text_ref line);
 
 // ---- Path names. The name is taken without its leading and trailing blanks. The result is a part of it, empty where
-// the name has no such part; the forms for fixed-length texts give a text of the same length.
+// the name has no such part: it lives as long as the name does, and a name that ends with the statement does not
+// compile. The forms for fixed-length texts give a text of the same length.
 
 /// The characters before the last "/"; nothing when that is the first character.
-std::string_view name_dir(std::string_view name);
+[[nodiscard]] std::string_view name_dir(std::string_view name);
 /// The characters behind the last "/", or all of them without one.
-std::string_view name_base(std::string_view name);
+[[nodiscard]] std::string_view name_base(std::string_view name);
 /// The characters behind the last "." of the whole name, be there a "/" behind it or not.
-std::string_view name_ext(std::string_view name);
+[[nodiscard]] std::string_view name_ext(std::string_view name);
 /// name_base up to its last ".", or all of it without one.
-std::string_view name_main(std::string_view name);
+[[nodiscard]] std::string_view name_main(std::string_view name);
+
+template <base::ending_string type>
+std::string_view name_dir(type&& name) = delete;
+template <base::ending_string type>
+std::string_view name_base(type&& name) = delete;
+template <base::ending_string type>
+std::string_view name_ext(type&& name) = delete;
+template <base::ending_string type>
+std::string_view name_main(type&& name) = delete;
 
 template <std::size_t n>
-base::text<n> name_dir(const base::text<n>& name) {
+[[nodiscard]] base::text<n> name_dir(const base::text<n>& name) {
     return name_dir(std::string_view(name));
 }
 template <std::size_t n>
-base::text<n> name_base(const base::text<n>& name) {
+[[nodiscard]] base::text<n> name_base(const base::text<n>& name) {
     return name_base(std::string_view(name));
 }
 template <std::size_t n>
-base::text<n> name_ext(const base::text<n>& name) {
+[[nodiscard]] base::text<n> name_ext(const base::text<n>& name) {
     return name_ext(std::string_view(name));
 }
 template <std::size_t n>
-base::text<n> name_main(const base::text<n>& name) {
+[[nodiscard]] base::text<n> name_main(const base::text<n>& name) {
     return name_main(std::string_view(name));
 }
 
@@ -147,7 +160,7 @@ void cp(std::string_view src, std::string_view dst);
 
 /// The number of regular files in the current directory whose line in "ls -l" matches the grep pattern `dir`. Uses the
 /// file ".tmp.nfile_dir" there and removes it; where that cannot be opened the run stops.
-int nfile_dir(std::string_view dir);
+[[nodiscard]] int nfile_dir(std::string_view dir);
 
 /// The directory of the running program's binary.
 ///   dir  out  the directory, cut or padded
@@ -155,18 +168,18 @@ int nfile_dir(std::string_view dir);
 void get_exe_dir(base::text_ref dir);
 
 /// The process identifier of the running process.
-int get_pid();
+[[nodiscard]] int get_pid();
 
 /// The number of records of a text file that contain a word; 0 for a file that cannot be opened. Of each record the
 /// first 500 characters count, padded with blanks to as many.
 ///   word  in  what to look for, with all its characters, trailing blanks included
-int num_file_lines_word(std::string_view fname, std::string_view word);
+[[nodiscard]] int num_file_lines_word(std::string_view fname, std::string_view word);
 
 }  // namespace displacement_generator::file
 
 namespace displacement_generator {
 
 /// The same as file::search_word_free.
-int search_word_free(int fid, std::string_view word, base::text_ref line);
+[[nodiscard]] int search_word_free(int fid, std::string_view word, base::text_ref line);
 
 }  // namespace displacement_generator

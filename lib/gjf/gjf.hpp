@@ -21,6 +21,8 @@
 // that cannot be opened stops the run as file::num_file_lines does. A section that is missing stops the run with a
 // message that names the file, the line where the search began, and what was looked for; the results are unchanged
 // then.
+//
+// The files are read through the units of the module `file`: for one thread at a time.
 
 namespace displacement_generator::gjf {
 

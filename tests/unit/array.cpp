@@ -143,6 +143,52 @@ TEST(array, view3_gives_one_matrix_after_the_other) {
               "array 'operations': index 3 of dimension 3 is outside 1..2|standard error|2");
 }
 
+TEST(array, view3_is_indexed_by_row_column_and_slab) {
+    int elements[12] = {};
+    const base::view3<int> view("operations", elements, 2, 3, 2);
+    for (int k = 1; k <= 2; ++k) {
+        for (int j = 1; j <= 3; ++j) {
+            for (int i = 1; i <= 2; ++i) {
+                EXPECT_EQ(&view(i, j, k), &view.matrix(k)(i, j));
+            }
+        }
+    }
+    struct row {
+        int i;
+        int j;
+        int k;
+        const char* message;
+    };
+    const row rows[] = {
+        {0, 1, 1, "array 'operations': index 0 of dimension 1 is outside 1..2|standard error|2"},
+        {1, 4, 1, "array 'operations': index 4 of dimension 2 is outside 1..3|standard error|2"},
+        {1, 1, 3, "array 'operations': index 3 of dimension 3 is outside 1..2|standard error|2"},
+    };
+    for (const row& tested : rows) {
+        EXPECT_EQ(stopped_with([&] { view(tested.i, tested.j, tested.k) = 1; }), tested.message);
+    }
+}
+
+TEST(array, views_run_from_their_first_element_to_their_last) {
+    const std::vector<int> expected = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    std::vector<int> elements = expected;
+    const auto elements_of = [](const auto& view) { return std::vector<int>(view.begin(), view.end()); };
+    EXPECT_EQ(elements_of(base::view1<int>("v", elements.data(), -3, 8)), expected);
+    EXPECT_EQ(elements_of(base::view2<int>("v", elements.data(), 3, 4)), expected);
+    EXPECT_EQ(elements_of(base::view3<const int>("v", elements.data(), 2, 3, 2)), expected);
+    for (const int last : {0, -5, INT_MIN}) {
+        EXPECT_EQ(elements_of(base::view1<int>("v", elements.data(), 1, last)), std::vector<int>());
+        EXPECT_EQ(elements_of(base::view2<int>("v", elements.data(), 3, last)), std::vector<int>());
+        EXPECT_EQ(elements_of(base::view3<int>("v", elements.data(), 2, 3, last)), std::vector<int>());
+    }
+    for (int& element : base::view1<int>("v", elements.data(), 2, 3)) {
+        element = -element;
+    }
+    EXPECT_EQ(elements[0], -1);
+    EXPECT_EQ(elements[1], -2);
+    EXPECT_EQ(elements[2], 3);
+}
+
 TEST(array, elements_start_at_zero_false_or_blank) {
     const base::array1<int> numbers("numbers", -1, 1);
     const base::array1<bool> flags("flags", 1, 3);
@@ -207,7 +253,8 @@ TEST(array, allocation_beyond_memory_stops_the_run) {
     EXPECT_EQ(stopped_with([] { const base::array2<double> huge("huge", INT_MAX, INT_MAX); }),
               "array 'huge': 4611686014132420609 elements of 8 bytes each would exceed the memory limit"
               "|standard error|2");
-    EXPECT_EQ(stopped_with([] { base::allocate_for_overwrite<double>("huge", SIZE_MAX / sizeof(double)); }),
+    EXPECT_EQ(stopped_with(
+                  [] { static_cast<void>(base::allocate_for_overwrite<double>("huge", SIZE_MAX / sizeof(double))); }),
               "array 'huge': 2305843009213693951 elements of 8 bytes each would exceed the memory limit"
               "|standard error|2");
 }

@@ -117,8 +117,43 @@ TEST(get_element_name, gives_the_symbol_of_a_number_in_every_other_direction) {
     EXPECT_EQ(symbol_of<2>(94), "Ru");
     EXPECT_EQ(symbol_of<5>(17), "Cl   ");
     EXPECT_EQ(symbol_of<1>(17), "C");
-    for (const char* direction : {"SYM->NAT", "sym->naT", "        ", "", "sym->na", "sym->nat ", "nat->sym"}) {
+    for (const char* direction :
+         {"SYM->NAT", "sym->naT", "        ", "", "sym->na", "sym->na ", "nat->sym", "nat->sym  "}) {
         EXPECT_EQ(symbol_of<2>(6, direction), "C ") << direction;
+    }
+}
+
+TEST(get_element_name, takes_a_direction_without_its_trailing_blanks) {
+    for (const std::string& direction : {std::string("sym->nat "), "sym->nat" + std::string(200, ' ')}) {
+        const base::array1<int> nat("nat", 1, 1);
+        const base::array1<base::text<2>> symbol("symbol", 1, 1);
+        symbol(1) = "Cl";
+        element::get_element_name(1, nat, base::view1<base::text<2>>(symbol), direction);
+        EXPECT_EQ(nat(1), 17) << direction;
+    }
+}
+
+TEST(get_element_name, in_a_direction_of_more_than_eight_characters_stops_the_run) {
+    struct row {
+        std::string_view direction;
+        const char* expected;
+    };
+    const row rows[] = {
+        {"sym->nat.", "direction 'sym->nat.': expected 8 characters, found 9|standard error|2"},
+        {"sym->nat  x ", "direction 'sym->nat  x': expected 8 characters, found 11|standard error|2"},
+        {" sym->nat", "direction ' sym->nat': expected 8 characters, found 9|standard error|2"},
+        {"nat->symbol", "direction 'nat->symbol': expected 8 characters, found 11|standard error|2"},
+    };
+    for (const row& tested : rows) {
+        const base::array1<int> nat("nat", 1, 1);
+        const base::array1<base::text<2>> symbol("symbol", 1, 1);
+        nat(1) = 8;
+        symbol(1) = "Cl";
+        EXPECT_EQ(support::stopped_with(
+                      [&] { element::get_element_name(1, nat, base::view1<base::text<2>>(symbol), tested.direction); }),
+                  tested.expected);
+        EXPECT_EQ(nat(1), 8);
+        EXPECT_EQ(symbol(1), "Cl");
     }
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "file/file.hpp"
 
@@ -62,5 +63,24 @@ TEST(path_name, may_fill_its_text) {
     EXPECT_EQ(std::string_view(file::name_ext(name)), "b      ");
     EXPECT_EQ(std::string_view(file::name_main(name)), "a      ");
 }
+
+// Of a string that ends with the statement no part is to be had; of what lives on, or is copied, it is.
+template <class type>
+concept has_parts = requires(type&& name) {
+    file::name_dir(std::forward<type>(name));
+    file::name_base(std::forward<type>(name));
+    file::name_ext(std::forward<type>(name));
+    file::name_main(std::forward<type>(name));
+};
+template <class type>
+concept has_any_part = requires(type&& name) {
+    file::name_dir(std::forward<type>(name));
+}
+|| requires(type&& name) { file::name_base(std::forward<type>(name)); }
+|| requires(type&& name) { file::name_ext(std::forward<type>(name)); }
+|| requires(type&& name) { file::name_main(std::forward<type>(name)); };
+static_assert(has_parts<std::string&> && has_parts<const std::string&> && has_parts<std::string_view>);
+static_assert(has_parts<const char*> && has_parts<const char (&)[3]> && has_parts<base::text<3>>);
+static_assert(!has_any_part<std::string> && !has_any_part<const std::string>);
 
 }  // namespace

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <iomanip>
+#include <sstream>
 #include <string>
+#include <utility>
 
 #include "support.hpp"
 
@@ -49,11 +52,82 @@ TEST(text, is_padded_or_cut_to_its_length) {
     EXPECT_EQ(base::text<4>(" ab").trimmed(), " ab");
 }
 
-TEST(text, compares_with_its_padding) {
-    EXPECT_TRUE(base::text<4>("ab") == base::text<4>("ab  "));
-    EXPECT_FALSE(base::text<4>("ab") == base::text<4>(" ab"));
-    EXPECT_FALSE(base::text<4>("abcd") == base::text<4>("abce"));
+/// Whether two texts are equal; the same is found whichever of them stands first.
+template <class one, class other>
+bool are_equal(const one& a, const other& b) {
+    const bool equal = a == b;
+    EXPECT_EQ(b == a, equal);
+    EXPECT_EQ(a != b, !equal);
+    EXPECT_EQ(b != a, !equal);
+    return equal;
 }
+
+TEST(text, is_equal_whatever_blanks_trail_and_is_never_cut_to_compare) {
+    struct row {
+        std::string_view value;
+        std::string_view other;
+        bool expected;
+    };
+    const row rows[] = {{"ab", "ab", true},     {"ab", "ab      ", true}, {"ab", "ab     x", false},
+                        {"ab", "a", false},     {"ab", " ab", false},     {"ab", "abc", false},
+                        {"", "", true},         {"", "    ", true},       {"", "x", false},
+                        {"abcd", "abcd", true}, {"abcd", "abce", false},  {"abcd", "abcde", false},
+                        {"abcd", "abc", false}, {"a b", "a b ", true},    {"a", "a\t", false}};
+    for (const row& tested : rows) {
+        SCOPED_TRACE(whole(tested.value) + "|" + whole(tested.other));
+        base::text<4> value(tested.value);
+        EXPECT_EQ(are_equal(value, base::text<8>(tested.other)), tested.expected);
+        EXPECT_EQ(are_equal(value, tested.other), tested.expected);
+        EXPECT_EQ(are_equal(value, whole(tested.other)), tested.expected);
+        EXPECT_EQ(are_equal(value, whole(tested.other).c_str()), tested.expected);
+        EXPECT_EQ(are_equal(base::text_ref(value), tested.other), tested.expected);
+        EXPECT_EQ(are_equal(base::text_ref(value), base::text<8>(tested.other)), tested.expected);
+    }
+    EXPECT_FALSE(base::text<2>("Cl") == "Clx");
+    EXPECT_TRUE("Cl" == base::text<4>("Cl"));
+    EXPECT_FALSE(base::text<2>("Cl") == base::text<3>("Clx"));
+}
+
+TEST(text, converts_from_and_to_strings_with_its_blanks) {
+    const std::string value = "abc";
+    base::text<4> text = value;
+    EXPECT_EQ(whole(text), "abc ");
+    text = std::string("vwxyz");
+    const std::string back = text;
+    EXPECT_EQ(back, "vwxy");
+    std::string assigned;
+    assigned = text;
+    EXPECT_EQ(assigned, "vwxy");
+    text = "x";
+    const std::string_view view = text;
+    EXPECT_EQ(view, "x   ");
+    const std::string from_reference = base::text_ref(text);
+    EXPECT_EQ(from_reference, "x   ");
+    base::text_ref(text).assign(value);
+    EXPECT_EQ(whole(text), "abc ");
+}
+
+TEST(text, goes_to_a_stream_with_its_blanks) {
+    base::text<4> text = "ab";
+    std::ostringstream out;
+    out << '|' << text << '|' << base::text_ref(text) << '|' << text.trimmed() << '|' << std::setw(6) << text << '|';
+    EXPECT_EQ(out.str(), "|ab  |ab  |ab|  ab  |");
+}
+
+// A part of a string that ends with the statement would be read after its end.
+template <class name>
+concept has_parts = requires(name&& value) {
+    base::trimmed(std::forward<name>(value));
+    base::left_adjusted(std::forward<name>(value));
+};
+template <class name>
+concept has_any_part = requires(name&& value) {
+    base::trimmed(std::forward<name>(value));
+}
+|| requires(name&& value) { base::left_adjusted(std::forward<name>(value)); };
+static_assert(has_parts<std::string&> && has_parts<const std::string&> && has_parts<std::string_view>);
+static_assert(has_parts<const char*> && has_parts<const char (&)[3]> && has_parts<base::text<3>&>);
+static_assert(!has_any_part<std::string> && !has_any_part<const std::string>);
 
 TEST(text, assignment_keeps_the_length) {
     struct row {

@@ -64,7 +64,7 @@ TEST_F(unit, 5_and_6_are_standard_input_and_output) {
     EXPECT_EQ(support::standard_output_of([] { file::write_record(6, "a record"); }), "a record\n");
     EXPECT_EQ(stopped_with([] { file::write_record(5, "x"); }),
               "standard input: not connected for writing|standard error|2");
-    EXPECT_EQ(stopped_with([] { file::open_unit(6, "f", action::write); }),
+    EXPECT_EQ(stopped_with([] { static_cast<void>(file::open_unit(6, "f", action::write)); }),
               "unit 6: already connected to standard output|standard error|2");
     EXPECT_FALSE(fs::exists("f"));
 
@@ -119,7 +119,7 @@ TEST_F(unit, that_is_connected_cannot_be_connected_again) {
     support::write_file("two", "bytes");
     ASSERT_EQ(file::open_unit(100, "one\n", action::read), "");
     for (const action what : {action::read, action::write}) {
-        EXPECT_EQ(stopped_with([&] { file::open_unit(100, "two", what); }),
+        EXPECT_EQ(stopped_with([&] { static_cast<void>(file::open_unit(100, "two", what)); }),
                   "unit 100: already connected to one\\n|standard error|2");
     }
     EXPECT_EQ(support::read_file("two"), "bytes");
@@ -131,7 +131,7 @@ TEST_F(unit, has_a_positive_number) {
     support::write_file("f", "bytes");
     for (const int fid : {0, -1, -100}) {
         for (const action what : {action::read, action::write}) {
-            EXPECT_EQ(stopped_with([&] { file::open_unit(fid, "f", what); }),
+            EXPECT_EQ(stopped_with([&] { static_cast<void>(file::open_unit(fid, "f", what)); }),
                       "unit " + std::to_string(fid) + ": expected a positive number|standard error|2");
         }
         EXPECT_FALSE(file::is_connected(fid));
