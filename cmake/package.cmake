@@ -6,9 +6,9 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 
 set(CPACK_DEBIAN_PACKAGE_NAME displacement-generator)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 0local1) # older than any revision of Debian's own
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
-set(CPACK_DEBIAN_PACKAGE_MAINTAINER "displacement_generator maintainers <maintainers@localhost.localdomain>"
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "displacement_generator maintainers <maintainers@example.org>"
     CACHE STRING "Maintainer field of the Debian package")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "displaced Gaussian inputs for force-difference frequencies")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
