@@ -1,0 +1,151 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "molecules.hpp"
+#include "support.hpp"
+
+using namespace displacement_generator;
+using namespace displacement_generator::vibration_tests;
+
+namespace {
+
+TEST(rebuild_forces, gives_the_hessian_of_a_random_potential_of_each_group) {
+    std::mt19937 random(11);
+    for (int group = 1; group <= 8; ++group) {
+        for (const bool std_orient : {true, false}) {
+            for (const int disp_sign : {1, -1}) {
+                SCOPED_TRACE(testing::Message() << "group " << group << " " << std_orient << " " << disp_sign);
+                const listing of = list(generate(operations_of(group), random), std_orient, disp_sign);
+                ASSERT_EQ(of.group, group);
+                const Eigen::MatrixXd hessian = random_hessian(of, random);
+                computed_points points = compute(of, hessian, random);
+                vibration::rebuild_forces(of.relations, points.forces, points.steps);
+                const vibration::hessian_result rebuilt = vibration::central_differences(points.forces, points.steps);
+                EXPECT_LT((rebuilt.hessian - hessian).cwiseAbs().maxCoeff(), 1e-13);
+                EXPECT_LT(rebuilt.largest_asymmetry, 1e-13);
+            }
+        }
+    }
+}
+
+TEST(rebuild_dipoles, gives_the_dipole_derivatives_of_each_group) {
+    std::mt19937 random(12);
+    for (int group = 1; group <= 8; ++group) {
+        SCOPED_TRACE(group);
+        const listing of = list(generate(operations_of(group), random));
+        const Eigen::Index size = 3 * of.numbers.size();
+        // What any operation carries onto itself: the mean over all of what each makes of random derivatives.
+        const Eigen::MatrixXd start = Eigen::MatrixXd::Random(3, size);
+        Eigen::Matrix3Xd derivatives = Eigen::Matrix3Xd::Zero(3, size);
+        for (const vibration::operation& by : of.relations.symmetry) {
+            for (Eigen::Index i = 0; i < size / 3; ++i) {
+                derivatives.middleCols<3>(3 * by.images(i)) += by.matrix * start.middleCols<3>(3 * i) *
+                                                               by.matrix.transpose() /
+                                                               static_cast<double>(of.relations.symmetry.size());
+            }
+        }
+        computed_points points = compute(of, Eigen::MatrixXd::Zero(size, size), random);
+        Eigen::Vector3d at_rest(0.1, 0.2, 0.3);
+        for (const vibration::operation& by : of.relations.symmetry) {
+            at_rest = (at_rest + by.matrix * at_rest).eval() / 2.0;
+        }
+        Eigen::Matrix3Xd dipoles = Eigen::Matrix3Xd::Constant(3, 2 * size, std::numeric_limits<double>::quiet_NaN());
+        for (Eigen::Index p = 0; p < 2 * size; ++p) {
+            if (of.relations.sources(p) == p) {
+                dipoles.col(p) = at_rest + derivatives.col(p / 2) * points.steps(p);
+            }
+        }
+        vibration::rebuild_dipoles(of.relations, dipoles);
+        vibration::rebuild_forces(of.relations, points.forces, points.steps);
+        EXPECT_LT((vibration::dipole_derivatives(dipoles, points.steps) - derivatives).cwiseAbs().maxCoeff(), 1e-12);
+    }
+}
+
+TEST(rebuild_forces, carries_the_step_with_its_sign_and_length) {
+    // An atom on z and two more that C2z exchanges: atom 2 -dx becomes atom 3 +dx with the source's own length.
+    const listing of = list(water());
+    std::mt19937 random(13);
+    computed_points points = compute(of, Eigen::MatrixXd::Zero(9, 9), random);
+    const double lowered = points.steps(8);  // 2-dy
+    vibration::rebuild_forces(of.relations, points.forces, points.steps);
+    EXPECT_EQ(points.steps(15), -lowered);  // 3+dy
+}
+
+TEST(rebuild_forces, refuses_a_point_that_does_not_follow) {
+    listing of = list(water());
+    std::mt19937 random(14);
+    const computed_points points = compute(of, Eigen::MatrixXd::Identity(9, 9), random);
+    const auto run = [&] {
+        computed_points copy = points;
+        vibration::rebuild_forces(of.relations, copy.forces, copy.steps);
+    };
+    const vibration::point_relations whole = of.relations;
+    of.relations.operations(14) = 2;  // Szx carries 2+dy onto 3-dy as well; Syz does not
+    EXPECT_EQ(support::stopped_with(run), "no error");
+    of.relations.operations(14) = 3;
+    EXPECT_EQ(support::stopped_with(run),
+              "point 15: the operation does not carry its source, point 10, onto it|standard error|2");
+    of.relations.operations(14) = 4;
+    EXPECT_EQ(support::stopped_with(run), "point 15: expected an operation in 1..4, found 5|standard error|2");
+    of.relations = whole;
+    of.relations.sources(14) = 15;
+    EXPECT_EQ(support::stopped_with(run),
+              "point 15: expected a computed point as its source, found 16|standard error|2");
+    of.relations = whole;
+    of.relations.sources(14) = 18;
+    EXPECT_EQ(support::stopped_with(run),
+              "point 15: expected a computed point as its source, found 19|standard error|2");
+    of.relations = whole;
+    of.relations.symmetry[1].images(2) = 2;
+    EXPECT_EQ(support::stopped_with(run),
+              "operation 2: expected an image for each of 3 atoms, all of them different|standard error|2");
+    of.relations = whole;
+    of.relations.operations.conservativeResize(17);
+    EXPECT_EQ(support::stopped_with(run), "point table: expected six points an atom, found 18|standard error|2");
+}
+
+TEST(rebuild_forces, refuses_numbers_that_are_not_there) {
+    const listing of = list(water());
+    std::mt19937 random(15);
+    computed_points points = compute(of, Eigen::MatrixXd::Identity(9, 9), random);
+    points.forces(4, 0) = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(support::stopped_with([&] { vibration::rebuild_forces(of.relations, points.forces, points.steps); }),
+              "forces: found a value that is not finite|standard error|2");
+    points.forces.conservativeResize(9, 17);
+    EXPECT_EQ(support::stopped_with([&] { vibration::rebuild_forces(of.relations, points.forces, points.steps); }),
+              "forces and steps: expected 9 x 18 values|standard error|2");
+}
+
+TEST(central_differences, are_made_symmetric_and_tell_the_largest_asymmetry) {
+    Eigen::MatrixXd forces = Eigen::MatrixXd::Zero(3, 6);
+    Eigen::VectorXd steps(6);
+    steps << -0.1, 0.3, -0.2, 0.2, -0.2, 0.2;
+    forces.col(0) << 0.1, 0.0, 0.0;
+    forces.col(1) << -0.3, 0.04, 0.0;  // H(1, 0) = -0.1
+    forces.col(2) << 0.0, 0.4, 0.0;
+    forces.col(3) << 0.12, -0.4, 0.0;  // H(0, 1) = -0.3, H(1, 1) = 2
+    const vibration::hessian_result result = vibration::central_differences(forces, steps);
+    Eigen::MatrixXd expected(3, 3);
+    expected << 1.0, -0.2, 0.0, -0.2, 2.0, 0.0, 0.0, 0.0, 0.0;
+    EXPECT_LT((result.hessian - expected).cwiseAbs().maxCoeff(), 1e-15);
+    EXPECT_NEAR(result.largest_asymmetry, 0.2, 1e-15);
+    EXPECT_EQ(result.row, 0);
+    EXPECT_EQ(result.column, 1);
+}
+
+TEST(central_differences, need_steps_in_opposite_directions) {
+    const Eigen::MatrixXd forces = Eigen::MatrixXd::Zero(3, 6);
+    Eigen::VectorXd steps(6);
+    steps << 0.1, -0.1, -0.2, 0.2, 0.2, 0.2;
+    EXPECT_EQ(
+        support::stopped_with([&] { vibration::central_differences(forces, steps); }),
+        "points 5 and 6: expected steps in opposite directions, found 0.200000 and 0.200000 bohr|standard error|2");
+    steps(4) = 0.0;
+    EXPECT_EQ(
+        support::stopped_with([&] { vibration::dipole_derivatives(Eigen::Matrix3Xd::Zero(3, 6), steps); }),
+        "points 5 and 6: expected steps in opposite directions, found 0.000000 and 0.200000 bohr|standard error|2");
+}
+
+}  // namespace
