@@ -2,7 +2,6 @@
 #include <Eigen/QR>
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <vector>
 
 #include "adapted_coordinates.hpp"
@@ -98,6 +97,9 @@ rigid_block rigid_motions_of(const species_group& group, Eigen::Index species,
 void diagonalise(block& of, Eigen::MatrixXd hessian, const rigid_block& rigid) {
     const Eigen::Index size = hessian.rows();
     const Eigen::Index vibrations = size - rigid.rank;
+    if (vibrations == 0) {
+        return;
+    }
     // Reflections that carry the rigid motions onto the first `rank` coordinates.
     const Eigen::ColPivHouseholderQR<Eigen::MatrixXd> factors(rigid.columns);
     auto turn = factors.householderQ();
