@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <numeric>
+#include <string>
+
+#include "frame/frame.hpp"
+#include "point_groups.hpp"
+
+using namespace displacement_generator;
+using point_groups::engine;
+using point_groups::molecule;
+
+// What holds for the frame of every molecule.
+
+namespace {
+
+constexpr double tolerance = 0.01;
+
+std::string bytes_of(const Eigen::Matrix3Xd& positions) {
+    return {reinterpret_cast<const char*>(positions.data()),
+            static_cast<std::size_t>(positions.size()) * sizeof(double)};
+}
+
+/// Whether a sign change of coordinates maps the positions onto themselves to the last bit.
+bool is_exact(const molecule& atoms, const Eigen::Vector3d& signs) {
+    for (int i = 0; i < atoms.positions.cols(); ++i) {
+        bool is_there = false;
+        for (int j = 0; j < atoms.positions.cols() && !is_there; ++j) {
+            is_there = atoms.kinds[static_cast<std::size_t>(i)] == atoms.kinds[static_cast<std::size_t>(j)] &&
+                       atoms.positions.col(i).cwiseProduct(signs) == atoms.positions.col(j);
+        }
+        if (!is_there) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// How many of the eight operations map the positions onto themselves to the last bit.
+int exact_operations(const molecule& atoms) {
+    int count = 0;
+    for (int signs = 0; signs < 8; ++signs) {
+        count += is_exact(atoms, Eigen::Vector3d((signs & 1) != 0 ? -1 : 1, (signs & 2) != 0 ? -1 : 1,
+                                                 (signs & 4) != 0 ? -1 : 1))
+                     ? 1
+                     : 0;
+    }
+    return count;
+}
+
+constexpr int order_of[] = {0, 1, 2, 2, 4, 8, 2, 4, 4};  // C1 Cs C2 C2v D2h Ci C2h D2
+
+void expect_distances_kept(const Eigen::Matrix3Xd& before, const Eigen::Matrix3Xd& after, double move) {
+    for (int i = 0; i < before.cols(); ++i) {
+        for (int j = 0; j < i; ++j) {
+            const double was = (before.col(i) - before.col(j)).norm();
+            const double is = (after.col(i) - after.col(j)).norm();
+            ASSERT_LE(std::abs(is - was), 2.0 * move + 1e-12) << "atoms " << i + 1 << " and " << j + 1;
+        }
+    }
+}
+
+/// All that holds for whatever is prepared; returns the number of displacements.
+int prepared_rightly(const molecule& source) {
+    const frame::frame_result result = frame::prepare(source.kinds, source.positions, tolerance);
+    const molecule prepared = {source.kinds, result.positions};
+    EXPECT_TRUE(result.exact);
+    EXPECT_LE(result.largest_move, tolerance);
+    EXPECT_NEAR(result.rotation.determinant(), 1.0, 1e-12);
+    EXPECT_LT((result.rotation * result.rotation.transpose() - Eigen::Matrix3d::Identity()).norm(), 1e-12);
+    const Eigen::Matrix3Xd turned = (result.rotation * source.positions).colwise() + result.shift;
+    EXPECT_NEAR((result.positions - turned).colwise().norm().maxCoeff(), result.largest_move, 1e-12);
+    expect_distances_kept(source.positions, result.positions, result.largest_move);
+
+    const frame::displacement_count count = frame::count_displacements(source.kinds, result.positions);
+    EXPECT_EQ(count.computed, result.computed);
+    EXPECT_EQ(count.group, result.group);
+    EXPECT_EQ(exact_operations(prepared), order_of[result.group]);
+
+    const frame::frame_result again = frame::prepare(source.kinds, result.positions, tolerance);
+    EXPECT_EQ(bytes_of(again.positions), bytes_of(result.positions));
+    EXPECT_EQ(again.rotation, Eigen::Matrix3d::Identity());
+    EXPECT_EQ(bytes_of(again.shift), bytes_of(Eigen::Vector3d::Zero()));
+    return result.computed;
+}
+
+molecule shuffled(const molecule& atoms, engine& random) {
+    std::vector<int> order(atoms.kinds.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::shuffle(order.begin(), order.end(), random);
+    molecule result = atoms;
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        result.kinds[i] = atoms.kinds[static_cast<std::size_t>(order[i])];
+        result.positions.col(static_cast<int>(i)) = atoms.positions.col(order[i]);
+    }
+    return result;
+}
+
+TEST(frame_laws, every_point_group_is_prepared_for_the_fewest_displacements) {
+    engine random(12);
+    for (const point_groups::named_group& group : point_groups::all_groups()) {
+        for (const int special : {0, 2}) {
+            const molecule perfect = point_groups::molecule_of(group, special, random);
+            const int fewest = point_groups::fewest_by_trial(perfect, group.operations);
+            for (const double noise : {0.0, 1e-4, 5e-3}) {
+                SCOPED_TRACE(group.name + ", noise " + std::to_string(noise) + ", " +
+                             std::to_string(perfect.kinds.size()) + " atoms");
+                molecule source = perfect;
+                point_groups::shake(source, noise, random);
+                source = point_groups::moved(source, random);
+                EXPECT_EQ(prepared_rightly(source), fewest);
+                EXPECT_EQ(prepared_rightly(shuffled(source, random)), fewest);
+            }
+        }
+    }
+}
+
+/// Points of a small lattice, which have every kind of symmetry there is in a cube and many that are only just missed.
+molecule lattice_molecule(engine& random) {
+    std::uniform_int_distribution<int> step(-1, 1);
+    std::uniform_int_distribution<int> kind(1, 2);
+    const int wanted = std::uniform_int_distribution<int>(1, 8)(random);
+    molecule atoms;
+    for (int trial = 0; trial < wanted; ++trial) {
+        const Eigen::Vector3d place(step(random), step(random), step(random));
+        const Eigen::Index n = atoms.positions.cols();
+        if (n > 0 && (atoms.positions.colwise() - place).colwise().norm().minCoeff() < 0.5) {
+            continue;
+        }
+        atoms.positions.conservativeResize(Eigen::NoChange, n + 1);
+        atoms.positions.col(n) = place;
+        atoms.kinds.push_back(kind(random));
+    }
+    atoms.positions *= 1.3;
+    return atoms;
+}
+
+TEST(frame_laws, several_thousand_molecules_on_a_lattice_agree_with_a_trial_of_all_frames) {
+    engine random(5);
+    for (int count = 0; count < 3000 && !HasFailure(); ++count) {
+        const molecule perfect = lattice_molecule(random);
+        const int fewest = point_groups::fewest_by_trial(perfect, point_groups::involutions_by_trial(perfect));
+        molecule source = perfect;
+        point_groups::shake(source, count % 2 == 0 ? 0.0 : 1e-3, random);
+        source = point_groups::moved(source, random);
+        SCOPED_TRACE("molecule " + std::to_string(count));
+        EXPECT_EQ(prepared_rightly(source), fewest);
+    }
+}
+
+}  // namespace
