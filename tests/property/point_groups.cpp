@@ -231,7 +231,7 @@ Eigen::Matrix3d any_rotation(engine& random) {
 }
 
 molecule molecule_of(const named_group& group, int special, engine& random) {
-    constexpr int general = 3;
+    const int general = group.operations.size() == 1 ? 5 : 3;  // three atoms have a plane
     molecule atoms;
     std::uniform_real_distribution<double> radius(1.0,
                                                   1.5 + 0.5 * std::sqrt(static_cast<double>(group.operations.size())));
