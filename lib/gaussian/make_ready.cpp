@@ -1,0 +1,246 @@
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <utility>
+
+#include "base/error.hpp"
+#include "base/free_format.hpp"
+#include "gaussian/fields.hpp"
+#include "gaussian/lines.hpp"
+#include "gaussian/ready_input.hpp"
+#include "gaussian/ready_route.hpp"
+
+namespace displacement_generator::gaussian {
+
+namespace {
+
+[[noreturn]] void stop(const input& source, int line, const std::string& what) {
+    throw base::run_error(place_of(source.name, line) + ": " + what);
+}
+
+/// The first line of a section, or the last one of the file's that is known, for messages.
+std::string shown_first_line(const section& lines) {
+    return lines.lines.empty() ? "an empty section" : quoted(lines.lines.front());
+}
+
+/// Whether a Link 0 line names a file that all jobs would share, or kills the job half-way.
+bool names_a_shared_file(std::string_view line) {
+    line = stripped(line);
+    if (!line.starts_with('%')) {
+        return false;
+    }
+    const std::string key = lower(stripped(line.substr(1, line.find_first_of("= \t") - 1)));
+    for (const std::string_view name : {"chk", "oldchk", "schk", "rwf", "int", "d2e", "scr", "save", "kjob",
+                                        "oldmatrix", "oldrawmatrix", "errorsave"}) {
+        if (key == name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::vector<std::string> ready_link0(const input& source) {
+    std::vector<std::string> kept;
+    std::copy_if(source.link0.begin(), source.link0.end(), std::back_inserter(kept),
+                 [](const std::string& line) { return !names_a_shared_file(line); });
+    return kept;
+}
+
+/// A title that the generator finds to be one: with a line, and none that begins like a route.
+std::vector<std::string> ready_title(const std::vector<std::string>& title, int line, std::vector<notice>& notices) {
+    if (title.empty()) {
+        notices.push_back({line, "the title is empty; 'no title' takes its place"});
+        return {"no title"};
+    }
+    std::vector<std::string> ready = title;
+    for (std::size_t i = 0; i < ready.size(); ++i) {
+        if (stripped(ready[i]).starts_with('#')) {
+            ready[i] = std::string("- ").append(ready[i]);
+            notices.push_back({line + static_cast<int>(i),
+                               "'- ' put before a line of the title, which would be taken for the route"});
+        }
+    }
+    return ready;
+}
+
+bool is_basis_end(std::string_view line) { return stripped(line).starts_with("****"); }
+
+/// Whether a line may be one of ModRedundant, of a generalised internal coordinate, or of a list of atoms.
+bool is_coordinate_line(std::string_view line) {
+    const std::vector<std::string_view> fields = fields_of(line.substr(0, line.find('!')));
+    if (fields.empty()) {
+        return true;
+    }
+    const std::string_view first = fields.front();
+    return first.size() == 1 || !is_letter(first.front()) || line.find_first_of("=(") != std::string_view::npos ||
+           equal_words(first, "atoms") || equal_words(first, "noatoms") || begins_with(first, "notatoms");
+}
+
+/// Stops the run where the section that a removed keyword should have is another one.
+void check_removed(const input& source, const section& found, const section_claim& owner) {
+    for (std::size_t i = 0; i < found.lines.size(); ++i) {
+        if (is_basis_end(found.lines[i]) ||
+            (owner.place == modredundant_place && !is_coordinate_line(found.lines[i]))) {
+            stop(source, found.line + static_cast<int>(i),
+                 "expected the section of '" + base::shown(owner.owner) + "', found '" + base::shown(found.lines[i]) +
+                     "'; take the keyword out, or give its section");
+        }
+    }
+}
+
+/// Whether a line is `atom [neighbour order ...]`.
+bool is_connectivity_line(std::string_view line, int atoms) {
+    const std::vector<std::string_view> fields = fields_of(line.substr(0, line.find('!')));
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        int atom = 0;
+        double order = 0.0;
+        const bool is_atom = i == 0 || i % 2 == 1;
+        if (is_atom ? base::read_integer(fields[i], atom) != base::number_status::ok || atom < 1 || atom > atoms
+                    : base::read_real(fields[i], order) != base::number_status::ok) {
+            return false;
+        }
+    }
+    return fields.size() % 2 == 1 || fields.empty();
+}
+
+void check_connectivity(const input& source, const section& found, const section_claim& owner) {
+    const int atoms = static_cast<int>(source.atoms.numbers.size() + source.dummies.size());
+    for (std::size_t i = 0; i < found.lines.size(); ++i) {
+        if (!is_connectivity_line(found.lines[i], atoms)) {
+            stop(source, found.line + static_cast<int>(i),
+                 "expected the connectivity that '" + base::shown(owner.owner) + "' asks for, found '" +
+                     base::shown(found.lines[i]) + "'; take the keyword out, or give its section");
+        }
+    }
+}
+
+/// Puts those sections behind the molecule that stay.
+///   has_connectivity  out  whether a connectivity is among them
+std::vector<section> ready_sections(const input& source, bool keep_connectivity, bool keep_others,
+                                    std::vector<notice>& notices) {
+    using fate = section_claim::fate;
+    const std::vector<section>& all = source.sections;
+    std::vector<section> kept;
+    std::size_t at = 0;
+    std::vector<section_claim> late;
+    for (const section_claim& owner : claims_of(source.keywords)) {
+        if (owner.place == other_place) {
+            late.push_back(owner);
+            continue;
+        }
+        if (at == all.size()) {
+            continue;
+        }
+        const section& found = all[at];
+        if (owner.what == fate::unknown_count) {
+            stop(source, found.line,
+                 "found " + shown_first_line(found) +
+                     " behind the molecule, and nobody can tell whether it belongs to '" + base::shown(owner.owner) +
+                     "'; take that keyword and its sections out");
+        }
+        ++at;
+        if (owner.place == connectivity_place) {
+            check_connectivity(source, found, owner);
+            if (keep_connectivity) {
+                kept.push_back(found);
+            }
+        } else if (owner.what == fate::removed) {
+            check_removed(source, found, owner);
+        } else if (keep_others) {
+            kept.push_back(found);
+        }
+    }
+    const auto removed = static_cast<std::size_t>(std::count_if(
+        late.begin(), late.end(), [](const section_claim& owner) { return owner.what == fate::removed; }));
+    const bool is_all_removed = removed == late.size() && removed > 0 && all.size() - at <= removed;
+    if (removed > 0 && at < all.size() && !is_all_removed) {
+        const auto owner = std::find_if(late.begin(), late.end(),
+                                        [](const section_claim& claim) { return claim.what == fate::removed; });
+        stop(source, all[at].line,
+             "found " + shown_first_line(all[at]) +
+                 " behind the molecule, and nobody can tell whether it belongs to '" + base::shown(owner->owner) +
+                 "'; take that keyword and its section out");
+    }
+    if (is_all_removed) {
+        return kept;
+    }
+    if (keep_others) {
+        kept.insert(kept.end(), all.begin() + static_cast<std::ptrdiff_t>(at), all.end());
+    } else if (at < all.size()) {
+        notices.push_back({all[at].line, "the sections behind the molecule are left out: the new route asks for none"});
+    }
+    return kept;
+}
+
+void check_atoms_suit(const input& source, const route& job, const std::string& in_space) {
+    for (const route_keyword& keyword : job.keywords) {
+        const std::string& name = keyword.name();
+        if (source.first_type_line != 0 && (name == "amber" || name == "uff" || name == "dreiding" || name == "mm")) {
+            stop(source, source.first_type_line,
+                 "found an atom with a type for the force field '" + base::shown(keyword.text) +
+                     "', which cannot be kept; give the route of another method");
+        }
+        if (name == "units" && !in_space.empty() && !source.sections.empty()) {
+            stop(source, source.route_line,
+                 quoted(in_space) + " may have coordinates in the units of '" + base::shown(keyword.text) +
+                     "'; give the whole input in angstrom");
+        }
+    }
+}
+
+/// Refuses a route that asks for a section where there is none.
+void check_sections_exist(const route& ready, const std::string& place) {
+    for (const route_keyword& keyword : ready.keywords) {
+        if (asks_for_section(keyword)) {
+            throw base::run_error(place + ": '" + base::shown(keyword.text) +
+                                  "' needs a section behind the molecule, found none; prepare the input of the job "
+                                  "instead, or give a route that needs none");
+        }
+    }
+}
+
+}  // namespace
+
+ready_input make_ready(const input& source, std::string_view replacement, std::vector<notice>& notices) {
+    const bool is_replaced = !replacement.empty();
+    const std::string place = is_replaced ? "the new route" : place_of(source.name, source.route_line);
+    const int line = is_replaced ? 0 : source.route_line;
+    const route job = is_replaced ? parse_route(replacement, place) : source.keywords;
+    const bool can_keep_connectivity = source.dummies.empty() && !source.sections.empty() &&
+                                       has_connectivity(source.keywords) && !source.sections.front().lines.empty();
+    const bool keep_connectivity = can_keep_connectivity && has_connectivity(job);
+    const route ready = ready_route(job, keep_connectivity, place, line, notices);
+    const std::string in_space = stands_in_space(ready);
+    check_atoms_suit(source, job, in_space);
+    if (has_connectivity(job) && !keep_connectivity) {
+        notices.push_back({line, "the connectivity is left out: there is none, or its atom numbers count dummy atoms"});
+    }
+    const bool asks = std::any_of(ready.keywords.begin(), ready.keywords.end(), asks_for_section);
+    ready_input result;
+    result.sections = ready_sections(source, keep_connectivity, !is_replaced || asks, notices);
+    if (is_replaced && result.sections.size() == (keep_connectivity ? 1U : 0U)) {
+        check_sections_exist(ready, place);
+    }
+    result.link0 = ready_link0(source);
+    result.route = text_of(ready);
+    result.title = ready_title(source.title.lines, source.title.line, notices);
+    result.atoms = source.atoms;
+    result.stands_in_space = in_space;
+    return result;
+}
+
+ready_input make_ready(const std::string& name, std::string_view route, std::string_view title, const molecule& atoms,
+                       std::vector<notice>& notices) {
+    const gaussian::route ready = ready_route(parse_route(route, name), false, name, 0, notices);
+    check_sections_exist(ready, name);
+    ready_input result;
+    result.route = text_of(ready);
+    const std::string_view line = stripped(title);
+    result.title = ready_title(line.empty() ? std::vector<std::string>{} : std::vector<std::string>{std::string(line)},
+                               0, notices);
+    result.atoms = atoms;
+    result.stands_in_space = stands_in_space(ready);
+    return result;
+}
+
+}  // namespace displacement_generator::gaussian

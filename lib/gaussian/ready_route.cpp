@@ -1,0 +1,333 @@
+#include "gaussian/ready_route.hpp"
+
+#include <algorithm>
+#include <initializer_list>
+#include <string_view>
+
+#include "base/error.hpp"
+#include "gaussian/fields.hpp"
+
+namespace displacement_generator::gaussian {
+
+namespace {
+
+using words = std::initializer_list<std::string_view>;
+using fate = section_claim::fate;
+
+bool is_one_of(std::string_view name, words all) { return std::find(all.begin(), all.end(), name) != all.end(); }
+
+bool begins_with_any(std::string_view name, words beginnings) {
+    return std::any_of(beginnings.begin(), beginnings.end(), [&](std::string_view b) { return name.starts_with(b); });
+}
+
+/// An option whose name begins like one of these; null where there is none.
+const route_option* option_of(const route_keyword& keyword, words beginnings) {
+    for (const route_part& part : keyword.parts) {
+        for (const route_option& option : part.options) {
+            if (begins_with_any(option.name, beginnings)) {
+                return &option;
+            }
+        }
+    }
+    return nullptr;
+}
+
+bool has_part(const route_keyword& keyword, words names) {
+    return std::any_of(keyword.parts.begin(), keyword.parts.end(),
+                       [&](const route_part& part) { return is_one_of(part.name, names); });
+}
+
+bool is_geometry(const route_keyword& keyword) { return is_one_of(keyword.name(), {"geom", "geometry"}); }
+bool is_optimization(const route_keyword& keyword) {
+    return begins_with_any(keyword.name(), {"opt"}) || is_one_of(keyword.name(), {"fopt", "popt"});
+}
+bool is_force_field(const route_keyword& keyword) {
+    return is_one_of(keyword.name(), {"amber", "dreiding", "uff", "mm"});
+}
+
+bool is_connectivity(const route_option& option) { return begins_with_any(option.name, {"connect", "modconnect"}); }
+
+/// Whether an option of `geom` says nothing about where the molecule comes from or how it is optimised.
+bool is_kept_of_geometry(const route_option& option) {
+    return is_connectivity(option) || begins_with_any(option.name, {"crowd", "nocrowd", "printinput"});
+}
+
+/// Whether an option begins with "read" and takes from a checkpoint file, not from a section.
+bool reads_checkpoint(const route_option& option) {
+    return begins_with_any(option.name, {"readfc", "readcart", "readnormal", "readint"});
+}
+
+/// An option of a job type for which Gaussian reads a section whose place is not among the known ones.
+bool reads_late_section(const route_option& option) {
+    return option.name == "fccards" || option.name == "cards" ||
+           begins_with_any(option.name, {"sel", "hinderedrotor"}) ||
+           (begins_with_any(option.name, {"read", "rd"}) && !reads_checkpoint(option));
+}
+
+void claim(std::vector<section_claim>& claims, int place, const route_keyword& owner, fate what) {
+    const bool is_double = place < other_place && std::any_of(claims.begin(), claims.end(),
+                                                              [&](const section_claim& c) { return c.place == place; });
+    if (!is_double) {
+        claims.push_back({place, owner.text, what});
+    }
+}
+
+void claim_geometry_option(std::vector<section_claim>& claims, const route_keyword& keyword,
+                           const route_option& option) {
+    if (is_connectivity(option)) {
+        claim(claims, connectivity_place, keyword, fate::kept);
+    } else if (begins_with_any(option.name, {"readopt", "rdopt", "readfre", "rdfre", "readfro", "rdfro"})) {
+        claim(claims, frozen_place, keyword, fate::removed);
+    } else if (begins_with_any(option.name, {"modred", "addred", "addgic", "readallgic", "readgic"})) {
+        claim(claims, modredundant_place, keyword, fate::removed);
+    } else if (reads_late_section(option)) {
+        claim(claims, other_place, keyword, fate::removed);
+    }
+}
+
+void claim_job_option(std::vector<section_claim>& claims, const route_keyword& keyword, const route_option& option) {
+    if (option.name.starts_with("readiso") || option.name.starts_with("rdiso")) {
+        claim(claims, isotopes_place, keyword, fate::removed);
+    } else if (is_one_of(keyword.name(), {"admp", "bomd"}) || keyword.name().starts_with("traj")) {
+        claim(claims, trajectory_place, keyword, fate::unknown_count);
+    } else if (option.name == "report" && lower(option.text).find("read") != std::string::npos) {
+        claim(claims, path_place, keyword, fate::removed);
+    } else if (reads_late_section(option)) {
+        claim(claims, other_place, keyword, fate::removed);
+    }
+}
+
+void claim_kept(std::vector<section_claim>& claims, const route_keyword& keyword) {
+    if (is_force_field(keyword)) {
+        if (option_of(keyword, {"hardfirst", "softfirst", "softonly", "modify"}) != nullptr) {
+            claim(claims, force_field_place, keyword, fate::kept);
+        }
+    } else if (keyword.name() == "cphf") {
+        if (option_of(keyword, {"rdfreq", "readfreq"}) != nullptr) {
+            claim(claims, frequencies_place, keyword, fate::kept);
+        }
+    } else if (keyword.name() == "charge") {
+        claim(claims, charges_place, keyword, fate::kept);
+    } else if (asks_for_section(keyword)) {
+        claim(claims, other_place, keyword, fate::kept);
+    }
+}
+
+[[noreturn]] void refuse(const std::string& place, const std::string& what) {
+    throw base::run_error(place + ": " + what);
+}
+
+[[noreturn]] void refuse_checkpoint(const std::string& place, const route_keyword& keyword) {
+    refuse(place, quoted(keyword.text) +
+                      " reads a checkpoint file, which the jobs will not have; put what it reads into the input");
+}
+
+bool is_compound_method(std::string_view name) {
+    return begins_with_any(name, {"cbs-", "rocbs", "w1u", "w1bd", "w1ro"}) ||
+           is_one_of(name, {"g1", "g2", "g2mp2", "g3", "g3mp2", "g3b3", "g3mp2b3", "g4", "g4mp2"});
+}
+
+/// Stops the run at a keyword that cannot be carried over.
+void check_keyword(const route_keyword& keyword, const std::string& place) {
+    const std::string shown = quoted(keyword.text);
+    if (is_optimization(keyword) && option_of(keyword, {"qst2", "qst3"}) != nullptr) {
+        refuse(place, shown + " has more than one molecule in the input; prepare the log of the optimisation");
+    }
+    if (is_geometry(keyword) && option_of(keyword, {"readharm", "oldharm", "checkharm"}) != nullptr) {
+        refuse(place, shown + " adds a potential that stands in space and cannot be kept; take it out");
+    }
+    if (is_geometry(keyword) || is_job_type(keyword)) {
+        return;
+    }
+    if (std::any_of(keyword.parts.begin(), keyword.parts.end(),
+                    [](const route_part& part) { return is_compound_method(part.name); })) {
+        refuse(place, shown + " is a compound method, for which there are no forces; give the route of another method");
+    }
+    if (keyword.name() == "oniom") {
+        refuse(place, shown + " needs layers of atoms, which cannot be kept; give the route of one method");
+    }
+    if (is_one_of(keyword.name(), {"counterpoise", "counter"}) ||
+        (keyword.name() == "guess" && option_of(keyword, {"fragment"}) != nullptr)) {
+        refuse(place, shown + " needs fragments, which cannot be kept; take it out");
+    }
+    if (has_part(keyword, {"chkbasis", "restart"}) || option_of(keyword, {"chkbas", "restart"}) != nullptr ||
+        (keyword.name() != "guess" && option_of(keyword, {"check", "chk"}) != nullptr)) {
+        refuse_checkpoint(place, keyword);
+    }
+}
+
+/// A keyword with some of its options left out; the text is as written where none is.
+///   is_kept  in  tells of each option
+template <class predicate>
+route_keyword with_options(const route_keyword& keyword, predicate is_kept) {
+    route_keyword kept{keyword.name(), {{keyword.name(), {}}}};
+    kept.text = keyword.text.substr(0, keyword.text.find_first_of("=("));
+    std::string list;
+    for (const route_option& option : keyword.parts.front().options) {
+        if (is_kept(option)) {
+            kept.parts.front().options.push_back(option);
+            list += (list.empty() ? "" : ",") + option.text;
+        }
+    }
+    if (kept.parts.front().options.size() == keyword.parts.front().options.size()) {
+        return keyword;
+    }
+    kept.text += kept.parts.front().options.size() == 1 ? "=" + list : "=(" + list + ")";
+    return kept;
+}
+
+/// Keeps what can stay of `geom`.
+void add_geometry(const route_keyword& keyword, bool keep_connectivity, route& ready) {
+    route_keyword kept = with_options(keyword, [&](const route_option& option) {
+        return is_kept_of_geometry(option) && (keep_connectivity || !is_connectivity(option));
+    });
+    if (!kept.parts.front().options.empty()) {
+        ready.keywords.push_back(std::move(kept));
+    }
+}
+
+/// Keeps what can stay of `guess`: there will be no orbitals to read, and the job has to go on after the guess.
+void add_guess(const route_keyword& keyword, int line, route& ready, std::vector<notice>& notices) {
+    const auto is_kept = [&](const route_option& option) {
+        if (is_one_of(option.name, {"read", "check", "checkpoint", "chk"})) {
+            notices.push_back({line, quoted(option.text) + " of " + quoted(keyword.text) +
+                                         " left out: the jobs have no checkpoint file to read a guess from"});
+            return false;
+        }
+        if (option.name == "only") {
+            notices.push_back({line, quoted(option.text) + " of " + quoted(keyword.text) +
+                                         " left out: the jobs must go on after the guess"});
+            return false;
+        }
+        return true;
+    };
+    route_keyword kept = with_options(keyword, is_kept);
+    if (!kept.parts.front().options.empty()) {
+        ready.keywords.push_back(std::move(kept));
+    }
+}
+
+bool is_symmetry(const route_keyword& keyword) {
+    return is_one_of(keyword.name(), {"symmetry", "symm", "sym", "nosymm", "nosym", "nosymmetry"});
+}
+
+/// Whether a keyword keeps the input's frame.
+bool is_without_symmetry(const route_keyword& keyword) {
+    return is_one_of(keyword.name(), {"nosymm", "nosym", "nosymmetry"}) ||
+           (is_symmetry(keyword) &&
+            std::any_of(keyword.parts.front().options.begin(), keyword.parts.front().options.end(),
+                        [](const route_option& option) { return option.name == "none"; }));
+}
+
+void tell_of_removed(const route_keyword& keyword, int line, std::vector<notice>& notices) {
+    const std::string shown = quoted(keyword.text);
+    if (keyword.name().starts_with("stab")) {
+        notices.push_back({line, shown + " left out: make sure that the jobs find the stable wave function"});
+    } else if (option_of(keyword, {"readiso", "rdiso"}) != nullptr) {
+        notices.push_back({line, shown +
+                                     " left out: isotopes do not change the forces, name them when the frequencies are "
+                                     "computed"});
+    }
+}
+
+void add_missing(std::string_view name, route& ready) {
+    ready.keywords.push_back({std::string(name), {{std::string(name), {}}}});
+}
+
+}  // namespace
+
+bool is_job_type(const route_keyword& keyword) {
+    return is_optimization(keyword) || begins_with_any(keyword.name(), {"freq", "irc", "stab", "traj"}) ||
+           is_one_of(keyword.name(),
+                     {"sp", "singlepoint", "scan", "polar", "admp", "bomd", "forces", "volume", "eet", "lst", "lsta"});
+}
+
+bool asks_for_section(const route_keyword& keyword) {
+    if (has_part(keyword, {"gen", "genecp", "massage", "charge", "extrabasis", "extradensitybasis", "output"})) {
+        return true;
+    }
+    for (const route_part& part : keyword.parts) {
+        for (const route_option& option : part.options) {
+            const bool is_guess_read = part.name == "guess" && option.name == "read";
+            if ((option.name.find("read") != std::string::npos && !is_guess_read &&
+                 !begins_with_any(option.name, {"readint"})) ||
+                begins_with_any(option.name, {"rd"}) ||
+                is_one_of(option.name, {"cards", "alter", "input", "permute", "rw", "gen", "genecp"})) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+bool has_connectivity(const route& job) {
+    return std::any_of(job.keywords.begin(), job.keywords.end(), [](const route_keyword& keyword) {
+        return is_geometry(keyword) && option_of(keyword, {"connect", "modconnect"}) != nullptr;
+    });
+}
+
+std::vector<section_claim> claims_of(const route& job) {
+    std::vector<section_claim> claims;
+    for (const route_keyword& keyword : job.keywords) {
+        if (is_geometry(keyword) || is_optimization(keyword)) {
+            for (const route_option& option : keyword.parts.front().options) {
+                claim_geometry_option(claims, keyword, option);
+            }
+        } else if (is_job_type(keyword)) {
+            for (const route_option& option : keyword.parts.front().options) {
+                claim_job_option(claims, keyword, option);
+            }
+        } else {
+            claim_kept(claims, keyword);
+        }
+    }
+    std::stable_sort(claims.begin(), claims.end(),
+                     [](const section_claim& a, const section_claim& b) { return a.place < b.place; });
+    return claims;
+}
+
+std::string stands_in_space(const route& job) {
+    for (const route_keyword& keyword : job.keywords) {
+        if (has_part(keyword, {"field", "charge", "massage"}) ||
+            (keyword.name() == "guess" && option_of(keyword, {"cards", "input"}) != nullptr)) {
+            return keyword.text;
+        }
+    }
+    return {};
+}
+
+route ready_route(const route& job, bool keep_connectivity, const std::string& place, int line,
+                  std::vector<notice>& notices) {
+    route ready{job.head, {}};
+    bool has_force = false;
+    bool has_nosymm = false;
+    for (const route_keyword& keyword : job.keywords) {
+        check_keyword(keyword, place);
+        if (is_job_type(keyword)) {
+            tell_of_removed(keyword, line, notices);
+        } else if (is_geometry(keyword)) {
+            add_geometry(keyword, keep_connectivity, ready);
+        } else if (keyword.name() == "guess") {
+            add_guess(keyword, line, ready, notices);
+        } else if (is_symmetry(keyword) && !is_without_symmetry(keyword)) {
+            notices.push_back({line, quoted(keyword.text) + " left out: 'nosymm' takes its place"});
+        } else if (keyword.name() == "units") {
+            notices.push_back({line, quoted(keyword.text) + " left out: coordinates are written in angstrom"});
+        } else if ((keyword.name() == "force" && has_force) || (is_without_symmetry(keyword) && has_nosymm)) {
+            continue;
+        } else {
+            has_force = has_force || keyword.name() == "force";
+            has_nosymm = has_nosymm || is_without_symmetry(keyword);
+            ready.keywords.push_back(keyword);
+        }
+    }
+    if (!has_force) {
+        add_missing("force", ready);
+    }
+    if (!has_nosymm) {
+        add_missing("nosymm", ready);
+    }
+    return ready;
+}
+
+}  // namespace displacement_generator::gaussian

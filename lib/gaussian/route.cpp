@@ -1,0 +1,141 @@
+#include "gaussian/route.hpp"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "base/error.hpp"
+#include "gaussian/fields.hpp"
+
+namespace displacement_generator::gaussian {
+
+namespace {
+
+bool is_separator(char c) { return is_gap(c) || c == ','; }
+
+/// Whether a character belongs to the keyword before it and to the one after it, blanks about it or not.
+bool joins(char c) { return c == '=' || c == '/'; }
+
+std::size_t after_gap(std::string_view text, std::size_t at) {
+    while (at < text.size() && is_gap(text[at])) {
+        ++at;
+    }
+    return at;
+}
+
+[[noreturn]] void bracket_error(std::string_view text, const std::string& place) {
+    throw base::run_error(place + ": expected as many '(' as ')' in the route, found '" + base::shown(text) + "'");
+}
+
+/// Takes one keyword with its options off the front of a route, without the blanks that do not separate.
+std::string take_keyword(std::string_view& rest, const std::string& place) {
+    std::string keyword;
+    int depth = 0;
+    std::size_t at = 0;
+    while (at < rest.size()) {
+        const char c = rest[at];
+        if (c == ')' && --depth < 0) {
+            bracket_error(rest, place);
+        }
+        depth += c == '(' ? 1 : 0;
+        if (depth > 0) {
+            keyword += c == '\t' || c == '\r' ? ' ' : c;
+            ++at;
+            continue;
+        }
+        if (is_gap(c)) {
+            const std::size_t next = after_gap(rest, at);
+            if (next == rest.size() || !(joins(rest[next]) || rest[next] == '(')) {
+                break;
+            }
+            at = next;
+            continue;
+        }
+        if (c == ',') {
+            break;
+        }
+        keyword += c;
+        at = joins(c) ? after_gap(rest, at + 1) : at + 1;
+    }
+    if (depth != 0) {
+        bracket_error(rest, place);
+    }
+    rest.remove_prefix(at);
+    return keyword;
+}
+
+/// Splits a text at those of some separators that stand outside brackets; empty pieces are left out.
+std::vector<std::string_view> split(std::string_view text, std::string_view separators) {
+    std::vector<std::string_view> pieces;
+    int depth = 0;
+    std::size_t begin = 0;
+    for (std::size_t i = 0; i <= text.size(); ++i) {
+        if (i == text.size() || (depth == 0 && separators.find(text[i]) != std::string_view::npos)) {
+            if (i > begin) {
+                pieces.push_back(text.substr(begin, i - begin));
+            }
+            begin = i + 1;
+        } else {
+            depth += text[i] == '(' ? 1 : (text[i] == ')' ? -1 : 0);
+        }
+    }
+    return pieces;
+}
+
+std::string name_of(std::string_view text) { return lower(stripped(text.substr(0, text.find_first_of("=(")))); }
+
+route_part part_of(std::string_view text) {
+    route_part part{name_of(text), {}};
+    std::string_view options = text.substr(std::min(text.find_first_of("=("), text.size()));
+    if (!options.empty() && options.front() == '=') {
+        options.remove_prefix(1);
+    }
+    if (options.size() >= 2 && options.front() == '(' && options.back() == ')') {
+        options = options.substr(1, options.size() - 2);
+    }
+    for (const std::string_view option : split(options, ", ")) {
+        part.options.push_back({std::string(option), name_of(option)});
+    }
+    return part;
+}
+
+}  // namespace
+
+route parse_route(std::string_view text, const std::string& place) {
+    text = stripped(text);
+    if (text.empty() || text.front() != '#') {
+        throw base::run_error(place + ": expected a route, which begins with '#', found '" + base::shown(text) + "'");
+    }
+    route job;
+    const bool has_letter = text.size() > 1 && std::string_view("pntPNT").find(text[1]) != std::string_view::npos &&
+                            (text.size() == 2 || is_separator(text[2]));
+    job.head = text.substr(0, has_letter ? 2 : 1);
+    std::string_view rest = text.substr(job.head.size());
+    while (true) {
+        while (!rest.empty() && is_separator(rest.front())) {
+            rest.remove_prefix(1);
+        }
+        if (rest.empty()) {
+            return job;
+        }
+        route_keyword keyword{take_keyword(rest, place), {}};
+        for (const std::string_view piece : split(keyword.text, "/")) {
+            keyword.parts.push_back(part_of(piece));
+        }
+        if (keyword.parts.empty()) {
+            throw base::run_error(place + ": expected a keyword in the route, found '" + base::shown(keyword.text) +
+                                  "'");
+        }
+        job.keywords.push_back(std::move(keyword));
+    }
+}
+
+std::string text_of(const route& job) {
+    std::string text = job.head;
+    for (const route_keyword& keyword : job.keywords) {
+        text += ' ';
+        text += keyword.text;
+    }
+    return text;
+}
+
+}  // namespace displacement_generator::gaussian

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The route of a Gaussian job, taken apart: keywords that are separated by blanks or commas, each with its options as
+// key=value, key=(a,b) or key(a,b), and several joined by slashes, as method/basis is.
+
+namespace displacement_generator::gaussian {
+
+/// An option: its own text as written, and its name, that is what stands before a "=" or a bracket, in small letters.
+struct route_option {
+    std::string text;
+    std::string name;
+};
+
+/// One of the pieces of a keyword between slashes.
+struct route_part {
+    std::string name;  ///< in small letters, without options
+    std::vector<route_option> options;
+};
+
+struct route_keyword {
+    std::string text;               ///< as written, without blanks around "=", "/" and brackets
+    std::vector<route_part> parts;  ///< at least one
+
+    [[nodiscard]] const std::string& name() const { return parts.front().name; }
+};
+
+struct route {
+    std::string head;  ///< "#", "#p", "#n" or "#t", in the user's letter case
+    std::vector<route_keyword> keywords;
+};
+
+/// Takes a route apart.
+///   text   in  from its "#" on, its lines joined by a blank each
+///   place  in  what a message begins with, "mol.gjf:3" for example
+/// A route that does not begin with "#", or a bracket that has no other one, stops the run.
+route parse_route(std::string_view text, const std::string& place);
+
+/// The text of a route, keywords as written, with one blank between them.
+std::string text_of(const route& job);
+
+}  // namespace displacement_generator::gaussian
