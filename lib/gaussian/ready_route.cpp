@@ -202,7 +202,7 @@ void add_guess(const route_keyword& keyword, int line, route& ready, std::vector
         return true;
     };
     route_keyword kept = with_options(keyword, is_kept);
-    if (!kept.parts.front().options.empty()) {
+    if (!kept.parts.front().options.empty() || keyword.parts.front().options.empty()) {
         ready.keywords.push_back(std::move(kept));
     }
 }

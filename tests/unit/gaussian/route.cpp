@@ -1,0 +1,154 @@
+#include "gaussian/route.hpp"
+
+#include <gtest/gtest.h>
+
+#include "gaussian/ready_route.hpp"
+#include "support.hpp"
+
+using namespace displacement_generator;
+
+namespace {
+
+using gaussian::parse_route;
+using support::stopped_with;
+
+/// A route as NAME[OPTION;OPTION]/NAME[...] NAME ...
+std::string parts_of(std::string_view text) {
+    std::string shown;
+    const gaussian::route job = parse_route(text, "r:1");
+    for (const gaussian::route_keyword& keyword : job.keywords) {
+        shown += shown.empty() ? "" : " ";
+        for (const gaussian::route_part& part : keyword.parts) {
+            shown += (&part == keyword.parts.data() ? "" : "/") + part.name;
+            for (const gaussian::route_option& option : part.options) {
+                shown += "[" + option.name + "|" + option.text + "]";
+            }
+        }
+    }
+    return job.head + ": " + shown;
+}
+
+TEST(route, is_taken_apart) {
+    const struct {
+        const char* text;
+        const char* parts;
+    } rows[] = {
+        {"# hf/sto-3g", "#: hf/sto-3g"},
+        {"#p B3LYP/6-31G(d,p) opt", "#p: b3lyp/6-31g[d|d][p|p] opt"},
+        {"#N  hf/3-21G*  Freq", "#N: hf/3-21g* freq"},
+        {"#t", "#t: "},
+        {"#test hf", "#: test hf"},
+        {"#hf/sto-3g", "#: hf/sto-3g"},
+        {"#p,hf,opt", "#p: hf opt"},
+        {"# opt=(ts,CalcFC,MaxCycle=50)", "#: opt[ts|ts][calcfc|CalcFC][maxcycle|MaxCycle=50]"},
+        {"# opt(ts , noeigentest)", "#: opt[ts|ts][noeigentest|noeigentest]"},
+        {"# opt = ( ts ) freq", "#: opt[ts|ts] freq"},
+        {"# opt (ts) freq", "#: opt[ts|ts] freq"},
+        {"# mp2 / cc-pvdz scf = tight", "#: mp2/cc-pvdz scf[tight|tight]"},
+        {"# mp2=full/gen", "#: mp2[full|full]/gen"},
+        {"# scrf=(pcm,solvent=water) iop(3/76=1000000000)", "#: scrf[pcm|pcm][solvent|solvent=water] iop[3/76|3/76=1000000000]"},
+        {"# irc=(report=(read,x),calcfc)", "#: irc[report|report=(read,x)][calcfc|calcfc]"},
+        {"# scf=(a\tb) x", "#: scf[a|a][b|b] x"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(parts_of(row.text), row.parts) << row.text;
+    }
+}
+
+TEST(route, that_is_none_stops_the_run) {
+    const auto message = [](std::string_view text) { return stopped_with([&] { parse_route(text, "r:1"); }); };
+    EXPECT_EQ(message("hf"), "r:1: expected a route, which begins with '#', found 'hf'|standard error|2");
+    EXPECT_EQ(message(""), "r:1: expected a route, which begins with '#', found ''|standard error|2");
+    EXPECT_EQ(message("# opt=(ts"), "r:1: expected as many '(' as ')' in the route, found 'opt=(ts'|standard error|2");
+    EXPECT_EQ(message("# opt)"), "r:1: expected as many '(' as ')' in the route, found 'opt)'|standard error|2");
+    EXPECT_EQ(message("# /"), "r:1: expected a keyword in the route, found '/'|standard error|2");
+}
+
+/// A route made ready, and its notices.
+std::string ready(std::string_view text) {
+    std::vector<gaussian::notice> notices;
+    std::string result;
+    const std::string error = stopped_with([&] {
+        result = gaussian::text_of(gaussian::ready_route(parse_route(text, "r:1"), true, "r:1", 1, notices));
+    });
+    for (const gaussian::notice& told : notices) {
+        result += "|" + told.text;
+    }
+    return error == "no error" ? result : error;
+}
+
+TEST(route, becomes_ready) {
+    const struct {
+        const char* text;
+        const char* expected;
+    } rows[] = {
+        {"# hf/sto-3g", "# hf/sto-3g force nosymm"},
+        {"#P opt freq B3LYP/6-31G(d)", "#P B3LYP/6-31G(d) force nosymm"},
+        {"# hf force NoSymm scf=tight", "# hf force NoSymm scf=tight"},
+        {"# nosymm hf Force", "# nosymm hf Force"},
+        {"# hf force force nosym symmetry=none", "# hf force nosym"},
+        {"# hf symmetry=none", "# hf symmetry=none force"},
+        {"# hf symmetry=(loose)", "# hf force nosymm|'symmetry=(loose)' left out: 'nosymm' takes its place"},
+        {"# hf symm", "# hf force nosymm|'symm' left out: 'nosymm' takes its place"},
+        {"# Optimize=(ts,calcfc) hf", "# hf force nosymm"},
+        {"# fopt hf", "# hf force nosymm"},
+        {"# freq(noraman) hf", "# hf force nosymm"},
+        {"# frequency hf", "# hf force nosymm"},
+        {"# irc=(calcfc) ircmax hf", "# hf force nosymm"},
+        {"# sp hf", "# hf force nosymm"},
+        {"# scan polar admp bomd volume hf", "# hf force nosymm"},
+        {"# forces hf", "# hf force nosymm"},
+        {"# hf stable=opt", "# hf force nosymm|'stable=opt' left out: make sure that the jobs find the stable wave function"},
+        {"# hf geom=connectivity", "# hf geom=connectivity force nosymm"},
+        {"# hf geom=(connectivity,nocrowd,modredundant)", "# hf geom=(connectivity,nocrowd) force nosymm"},
+        {"# hf geom=(modredundant,Connect)", "# hf geom=Connect force nosymm"},
+        {"# hf geom=modredundant", "# hf force nosymm"},
+        {"# hf guess=read",
+         "# hf force nosymm|'read' of 'guess=read' left out: the jobs have no checkpoint file to read a guess from"},
+        {"# hf guess(mix,read)",
+         "# hf guess=mix force nosymm|'read' of 'guess(mix,read)' left out: the jobs have no checkpoint file to read a "
+         "guess from"},
+        {"# hf guess=only", "# hf force nosymm|'only' of 'guess=only' left out: the jobs must go on after the guess"},
+        {"# hf guess=mix", "# hf guess=mix force nosymm"},
+        {"# hf guess=tcheck", "# hf guess=tcheck force nosymm"},
+        {"# hf units=bohr", "# hf force nosymm|'units=bohr' left out: coordinates are written in angstrom"},
+        {"# hf pop=nbo nmr SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine",
+         "# hf pop=nbo nmr SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine force nosymm"},
+        {"# b3lyp/chkbasis",
+         "r:1: 'b3lyp/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
+         "input|standard error|2"},
+        {"# hf scf=restart",
+         "r:1: 'scf=restart' reads a checkpoint file, which the jobs will not have; put what it reads into the "
+         "input|standard error|2"},
+        {"# hf density=checkpoint",
+         "r:1: 'density=checkpoint' reads a checkpoint file, which the jobs will not have; put what it reads into the "
+         "input|standard error|2"},
+        {"# g4", "r:1: 'g4' is a compound method, for which there are no forces; give the route of another method|standard error|2"},
+        {"# CBS-QB3",
+         "r:1: 'CBS-QB3' is a compound method, for which there are no forces; give the route of another method|standard error|2"},
+        {"# oniom(hf:uff)", "r:1: 'oniom(hf:uff)' needs layers of atoms, which cannot be kept; give the route of one "
+                            "method|standard error|2"},
+        {"# hf counterpoise=2", "r:1: 'counterpoise=2' needs fragments, which cannot be kept; take it out|standard error|2"},
+        {"# hf opt=qst3",
+         "r:1: 'opt=qst3' has more than one molecule in the input; prepare the log of the optimisation|standard error|2"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(ready(row.text), row.expected) << row.text;
+    }
+}
+
+TEST(route, that_is_ready_stays_as_it_is) {
+    for (const char* text : {"#p B3LYP/6-31G(d) geom=(connectivity,nocrowd) SCF=(tight,xqc) force nosymm",
+                             "# force NoSymmetry hf/gen pseudo=read", "#T SYMM=NONE FORCE HF/STO-3G"}) {
+        EXPECT_EQ(ready(text), text);
+    }
+}
+
+TEST(route, tells_what_stands_in_space) {
+    for (const char* text : {"# hf Field=X+10", "# hf charge", "# hf massage", "# hf charge=angstroms"}) {
+        EXPECT_EQ(gaussian::stands_in_space(parse_route(text, "r:1")), std::string_view(text).substr(5));
+    }
+    EXPECT_EQ(gaussian::stands_in_space(parse_route("# hf scf=(tight) pop=full", "r:1")), "");
+}
+
+}  // namespace
