@@ -75,7 +75,7 @@ TEST(harmonic_vibrations, of_a_diatomic_molecule_by_hand) {
     EXPECT_EQ(modes.imaginary, 0);
 }
 
-TEST(harmonic_vibrations, of_equal_atoms_have_half_their_mass) {
+TEST(harmonic_vibrations, of_equal_atoms_have_the_mass_of_one) {
     // Gaussian's reduced mass of a homonuclear molecule is m, since displacements are normalised in Cartesian ones.
     Eigen::Matrix3Xd positions = Eigen::Matrix3Xd::Zero(3, 2);
     positions(2, 1) = 2.0;
