@@ -46,13 +46,16 @@ std::vector<std::string> ready_link0(const input& source) {
     return kept;
 }
 
+/// Whether a line is more than a comment.
+bool has_text(std::string_view line) { return !stripped(line.substr(0, line.find('!'))).empty(); }
+
 /// A title that the generator finds to be one: with a line, and none that begins like a route.
 std::vector<std::string> ready_title(const std::vector<std::string>& title, int line, std::vector<notice>& notices) {
-    if (title.empty()) {
-        notices.push_back({line, "the title is empty; 'no title' takes its place"});
-        return {"no title"};
-    }
     std::vector<std::string> ready = title;
+    if (std::none_of(title.begin(), title.end(), has_text)) {
+        notices.push_back({line, "the title is empty; 'no title' takes its place"});
+        ready.emplace_back("no title");
+    }
     for (std::size_t i = 0; i < ready.size(); ++i) {
         if (stripped(ready[i]).starts_with('#')) {
             ready[i] = std::string("- ").append(ready[i]);
@@ -172,6 +175,31 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
     return kept;
 }
 
+/// Whether a line of a basis set lists atoms by their numbers: integers that end in a 0.
+bool lists_atoms(std::string_view line) {
+    const std::vector<std::string_view> fields = fields_of(line.substr(0, line.find('!')));
+    return fields.size() >= 2 && fields.back() == "0" && std::all_of(fields.begin(), fields.end(), is_integer);
+}
+
+/// Stops the run at a line that would mean something else in the ready input.
+void check_lines(const input& source, const std::vector<section>& sections) {
+    for (const section& kept : sections) {
+        for (std::size_t i = 0; i < kept.lines.size(); ++i) {
+            const int line = kept.line + static_cast<int>(i);
+            if (stripped(kept.lines[i]).starts_with('#')) {
+                stop(source, line,
+                     "found " + quoted(kept.lines[i]) +
+                         " behind the molecule, which would be taken for the route; take the line out");
+            }
+            if (!source.dummies.empty() && lists_atoms(kept.lines[i])) {
+                stop(source, line,
+                     "found " + quoted(kept.lines[i]) +
+                         ", whose atom numbers may count dummy atoms, which are left out; name the elements instead");
+            }
+        }
+    }
+}
+
 void check_atoms_suit(const input& source, const route& job, const std::string& in_space) {
     for (const route_keyword& keyword : job.keywords) {
         const std::string& name = keyword.name();
@@ -218,6 +246,7 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
     const bool asks = std::any_of(ready.keywords.begin(), ready.keywords.end(), asks_for_section);
     ready_input result;
     result.sections = ready_sections(source, keep_connectivity, !is_replaced || asks, notices);
+    check_lines(source, result.sections);
     if (is_replaced && result.sections.size() == (keep_connectivity ? 1U : 0U)) {
         check_sections_exist(ready, place);
     }

@@ -122,6 +122,12 @@ bool is_charge_line(std::string_view text) {
     return fields.size() >= 2 && fields.size() % 2 == 0 && std::all_of(fields.begin(), fields.end(), is_integer);
 }
 
+void skip_blank_lines(cursor& here) {
+    while (!here.ended() && here.line().is_blank()) {
+        ++here.at;
+    }
+}
+
 /// Reads the title, up to the line of charge and multiplicity. It may be empty: then that line comes at once behind
 /// blank ones.
 void read_title(cursor& here, input& job) {
@@ -129,20 +135,21 @@ void read_title(cursor& here, input& job) {
         ++here.at;  // the blank line that ends the route
     }
     const bool may_be_empty = !here.ended() && here.line().is_blank();
-    while (!here.ended() && here.line().is_blank()) {
-        ++here.at;
-    }
+    skip_blank_lines(here);
     if (here.ended()) {
         stop(job, here.number(), "expected a title after the route, found the end of the job");
     }
     job.title.line = here.line().number;
-    if (may_be_empty && is_charge_line(here.line().text)) {
-        return;
+    // A blank line ends the title only where it had text: one of comments alone is none yet.
+    for (bool has_text = false; !here.ended() && !has_text; skip_blank_lines(here)) {
+        if ((may_be_empty || !job.title.lines.empty()) && is_charge_line(here.line().text)) {
+            return;
+        }
+        for (; !here.ended() && !here.line().is_blank(); ++here.at) {
+            has_text = has_text || !here.line().is_comment();
+            job.title.lines.emplace_back(here.line().raw);
+        }
     }
-    for (; !here.ended() && !here.line().is_blank(); ++here.at) {
-        job.title.lines.emplace_back(here.line().raw);
-    }
-    here.skip_blank();
 }
 
 void read_charge(cursor& here, input& job, std::vector<notice>& notices) {

@@ -250,7 +250,7 @@ bool asks_for_section(const route_keyword& keyword) {
         for (const route_option& option : part.options) {
             const bool is_guess_read = part.name == "guess" && option.name == "read";
             if ((option.name.find("read") != std::string::npos && !is_guess_read &&
-                 !begins_with_any(option.name, {"readint"})) ||
+                 !begins_with_any(option.name, {"noread", "readint"})) ||
                 begins_with_any(option.name, {"rd"}) ||
                 is_one_of(option.name, {"cards", "alter", "input", "permute", "rw", "gen", "genecp"})) {
                 return true;

@@ -10,6 +10,246 @@ namespace {
 
 using support::stopped_with;
 
-TEST(make_ready, placeholder) { EXPECT_EQ(1, 1); }
+const std::string hydrogen =
+    "   H                0.00000000    0.00000000    0.00000000\n"
+    "   H                0.00000000    0.00000000    0.74000000\n";
+
+struct prepared {
+    std::string text;  ///< of the ready input, or the message
+    std::string notices;
+    std::string in_space;
+};
+
+prepared prepare(std::string_view text, std::string_view route = "") {
+    std::vector<gaussian::notice> notices;
+    prepared result;
+    const std::string error = stopped_with([&] {
+        const gaussian::ready_input ready =
+            gaussian::make_ready(gaussian::read_input(text, "m", notices), route, notices);
+        result.text = gaussian::write_input(ready);
+        result.in_space = ready.stands_in_space;
+    });
+    for (const gaussian::notice& told : notices) {
+        result.notices.append(std::to_string(told.line)).append(" ").append(told.text).append("\n");
+    }
+    if (error != "no error") {
+        result.text = error;
+    }
+    return result;
+}
+
+/// An input of H2 with a route and what stands behind the atoms, which begins on line 8.
+std::string job(const std::string& route, const std::string& behind,
+                const std::string& atoms = "H 0 0 0\nH 0 0 .74\n") {
+    return route + "\n\nt\n\n0 1\n" + atoms + behind;
+}
+
+/// The same, ready.
+std::string ready(const std::string& route, const std::string& behind = "") {
+    return route + "\n\nt\n\n0 1\n" + hydrogen + "\n" + behind;
+}
+
+TEST(make_ready, writes_what_the_generator_reads) {
+    support::scratch_folder folder;
+    const std::string text =
+        prepare(
+            "%chk=a\n%Mem=1GB\n%oldchk=b\n %RWF=c\n%nprocshared=4\n! note\n#p b3lyp/gen opt\n\nPd water\nsecond "
+            "line\n\n"
+            "-1 2\nPD 0 0 -1e-9\nh 1. 2.5 -3.25\n17 -999.999 9999.5 1e-8\n\nH Pd Cl 0\n3-21G\n****\n")
+            .text;
+    EXPECT_EQ(text,
+              "%Mem=1GB\n%nprocshared=4\n! note\n#p b3lyp/gen force nosymm\n\nPd water\nsecond line\n\n-1 2\n"
+              "   Pd               0.00000000    0.00000000    0.00000000\n"
+              "   H                1.00000000    2.50000000   -3.25000000\n"
+              "   Cl            -999.99900000 9999.50000000    0.00000001\n"
+              "\nH Pd Cl 0\n3-21G\n****\n\n");
+    support::write_file("mol.gjf", text);
+    int natom = 0;
+    gjf::get_gjf_natom("mol.gjf", natom);
+    ASSERT_EQ(natom, 3);
+    const base::array2<double> xyz("xyz", 3, 3);
+    const base::array1<base::text<2>> symbol("symbol", 1, 3);
+    gjf::get_gjf_coord("mol.gjf", natom, xyz, symbol);
+    EXPECT_EQ(std::string_view(symbol(1)), "Pd");
+    EXPECT_EQ(std::string_view(symbol(2)), "H ");
+    EXPECT_EQ(xyz(3, 2), -3.25);
+    EXPECT_EQ(xyz(3, 3), 1e-8);
+}
+
+TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
+    const std::string basis = "H 0\n6-31G\n****\n\n";
+    const std::string connectivity = " 1 2 1.0\n 2\n\n";
+    const struct {
+        std::string text;
+        std::string expected;
+    } rows[] = {
+        {job("# hf opt=modredundant", "\nB 1 2 F\n\n"), ready("# hf force nosymm")},
+        {job("# hf opt=modredundant", "\n"), ready("# hf force nosymm")},
+        {job("# hf opt=modredundant", ""), ready("# hf force nosymm")},
+        {job("# hf Opt(ModRedun,TS)", "\n* * B\n1 2 F\n\n"), ready("# hf force nosymm")},
+        {job("# hf/gen opt=modredundant", "\nB 1 2 F\n\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen opt=addredundant", "\n\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen opt", "\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen opt=(readopt,modred) geom=connectivity",
+             "\n" + connectivity + "notatoms=1\n\nB 1 2 F\n\n" + basis),
+         ready("# hf/gen geom=connectivity force nosymm", connectivity + basis)},
+        {job("# hf/gen geom=(connectivity,modredundant)", "\n" + connectivity + "B 1 2 F\n\n" + basis),
+         ready("# hf/gen geom=connectivity force nosymm", connectivity + basis)},
+        {job("# hf/gen freq=readisotopes opt=readfreeze", "\n1 2\n\n298.15 1.0\n1\n2\n\n" + basis),
+         ready("# hf/gen force nosymm", basis)},
+        {job("# hf charge freq=readiso", "\n298 1\n1\n1\n\n0 0 5 1\n\n"),
+         ready("# hf charge force nosymm", "0 0 5 1\n\n")},
+        {job("# hf irc=(report=read,calcfc)", "\n1 2\n\n"), ready("# hf force nosymm")},
+        {job("# hf freq=(anharmonic,readanharm)", "\nprint=all\n\n"), ready("# hf force nosymm")},
+        {job("# hf opt=addgic", "\nR(1,2)=B(1,2)\n\n"), ready("# hf force nosymm")},
+        {job("# hf admp=(stepsize=1000)", ""), ready("# hf force nosymm")},
+        {job("# hf/gen", "\n" + basis + "\nrest\n"), ready("# hf/gen force nosymm", basis + "\nrest\n\n")},
+        {job("# hf guess=alter pop=nboread", "\n1 2\n\n$NBO $END\n\n"),
+         ready("# hf guess=alter pop=nboread force nosymm", "1 2\n\n$NBO $END\n\n")},
+        {job("# hf geom=connectivity", "\n 1 2 1.0\n 2\n"), ready("# hf geom=connectivity force nosymm", connectivity)},
+        {job("# hf geom=connectivity", ""), ready("# hf force nosymm")},
+    };
+    for (const auto& row : rows) {
+        const std::string found = prepare(row.text).text;
+        EXPECT_EQ(found, row.expected) << row.text;
+        const prepared again = prepare(found);
+        EXPECT_EQ(again.text, found) << row.text;
+        EXPECT_EQ(again.notices, "") << row.text;
+    }
+}
+
+TEST(make_ready, leaves_the_connectivity_of_dummy_atoms_out) {
+    const prepared found =
+        prepare(job("# hf geom=connectivity", "\n 1 3 1.0\n 2 3 1.0\n 3\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n"));
+    EXPECT_EQ(found.text,
+              "# hf force nosymm\n\nt\n\n0 1\n"
+              "   H                0.00000000    0.00000000    0.00000000\n"
+              "   H                0.74000000    0.00000000    0.00000000\n\n");
+    EXPECT_EQ(found.notices,
+              "7 1 dummy atom(s) served the construction and are left out\n"
+              "1 the connectivity is left out: there is none, or its atom numbers count dummy atoms\n");
+}
+
+TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
+    const std::string basis = "H 0\n6-31G\n****\n\n";
+    const struct {
+        std::string text;
+        const char* message;
+    } rows[] = {
+        {job("# hf/gen opt=modredundant", "\n" + basis),
+         "m:11: expected the section of 'opt=modredundant', found '****'; take the keyword out, or give its section"},
+        {job("# hf/gen opt=modredundant", "\nHe 0\n6-31G\n****\n\n"),
+         "m:9: expected the section of 'opt=modredundant', found 'He 0'; take the keyword out, or give its section"},
+        {job("# hf/gen geom=connectivity", "\n" + basis),
+         "m:9: expected the connectivity that 'geom=connectivity' asks for, found 'H 0'; take the keyword out, or give "
+         "its "
+         "section"},
+        {job("# hf geom=connectivity", "\n 1 3 1.0\n\n"),
+         "m:9: expected the connectivity that 'geom=connectivity' asks for, found ' 1 3 1.0'; take the keyword out, or "
+         "give its section"},
+        {job("# hf/gen freq=(anharmonic,readanharm)", "\nprint=all\n\n" + basis),
+         "m:9: found 'print=all' behind the molecule, and nobody can tell whether it belongs to "
+         "'freq=(anharmonic,readanharm)'; take that keyword and its section out"},
+        {job("# hf/gen admp=readvelocity", "\n0 0 0\n\n" + basis),
+         "m:9: found '0 0 0' behind the molecule, and nobody can tell whether it belongs to 'admp=readvelocity'; take "
+         "that "
+         "keyword and its sections out"},
+        {job("# uff", "", "H-H_ 0 0 0\nH 0 0 .74\n"),
+         "m:6: found an atom with a type for the force field 'uff', which cannot be kept; give the route of another "
+         "method"},
+        {job("# hf units=au charge", "\n0 0 5 1\n\n"),
+         "m:1: 'charge' may have coordinates in the units of 'units=au'; give the whole input in angstrom"},
+        {job("# hf/gen", "\n# from the web\n" + basis),
+         "m:9: found '# from the web' behind the molecule, which would be taken for the route; take the line out"},
+        {job("# hf/gen", "\n1 3 0\n6-31G\n****\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n"),
+         "m:10: found '1 3 0', whose atom numbers may count dummy atoms, which are left out; name the elements "
+         "instead"},
+        {job("# hf", "", "H 0 0 0\nH 0 0 10000\n"),
+         "expected coordinates between -1000 and 10000 angstrom, found 10000.000000"},
+        {job("# hf", "", "H 0 0 0\nH 0 0 -1000\n"),
+         "expected coordinates between -1000 and 10000 angstrom, found -1000.000000"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(prepare(row.text).text, std::string(row.message) + "|standard error|2") << row.text;
+    }
+}
+
+TEST(make_ready, changes_a_title_that_would_mislead) {
+    const prepared found = prepare("# hf\n\nfirst\n  #2 of 3\n! #\n\n0 1\nH 0 0 0\nH 0 0 .74\n");
+    EXPECT_EQ(found.text, "# hf force nosymm\n\nfirst\n-   #2 of 3\n! #\n\n0 1\n" + hydrogen + "\n");
+    EXPECT_EQ(found.notices, "4 '- ' put before a line of the title, which would be taken for the route\n");
+    EXPECT_EQ(prepare("# hf\n\n! none\n\n\n0 1\nH 0 0 0\nH 0 0 .74\n").text,
+              "# hf force nosymm\n\n! none\nno title\n\n0 1\n" + hydrogen + "\n");
+    EXPECT_EQ(prepare("# hf\n\n! none\n\nt\n\n0 1\nH 0 0 0\nH 0 0 .74\n").text,
+              "# hf force nosymm\n\n! none\nt\n\n0 1\n" + hydrogen + "\n");
+    const prepared empty = prepare("# hf\n\n\n\n0 1\nH 0 0 0\nH 0 0 .74\n");
+    EXPECT_EQ(empty.text, "# hf force nosymm\n\nno title\n\n0 1\n" + hydrogen + "\n");
+    EXPECT_EQ(empty.notices, "5 the title is empty; 'no title' takes its place\n");
+}
+
+TEST(make_ready, breaks_a_long_route_between_keywords) {
+    const std::string words =
+        "aaaaaaaaa bbbbbbbbb ccccccccc ddddddddd eeeeeeeee fffffffff ggggggggg hhhhhhhhh iiiiiiiii";
+    const std::string found = prepare(job("#p " + words + " scf=(x y z) tight", "")).text;
+    EXPECT_EQ(found, ready("#p " + words + "\nscf=(x y z) tight force nosymm"));
+    EXPECT_EQ(prepare(found).text, found);
+    const std::string bracket = "scf=(" + std::string(200, 'x') + " " + std::string(200, 'y') + ")";
+    EXPECT_EQ(prepare(job("# " + bracket, "")).text, ready("# " + bracket + "\nforce nosymm"));
+    EXPECT_EQ(prepare(job("# " + bracket + std::string(100, 'z'), "")).text,
+              "expected a line of at most 500 characters in the route, found '# scf=(" + std::string(53, 'x') +
+                  "... (449 more characters)'|standard error|2");
+}
+
+TEST(make_ready, tells_what_stands_in_space) {
+    EXPECT_EQ(prepare(job("# hf field=x+10", "")).in_space, "field=x+10");
+    EXPECT_EQ(prepare(job("# hf", "")).in_space, "");
+}
+
+TEST(make_ready, takes_another_route) {
+    const std::string basis = "H 0\n6-31G\n****\n\n";
+    const std::string text =
+        job("# hf/gen opt=modredundant geom=connectivity", "\n 1 2 1.0\n 2\n\nB 1 2 F\n\n" + basis);
+    EXPECT_EQ(prepare(text, "#p b3lyp/sto-3g opt").text, ready("#p b3lyp/sto-3g force nosymm"));
+    EXPECT_EQ(prepare(text, "#p b3lyp/sto-3g opt").notices,
+              "14 the sections behind the molecule are left out: the new route asks for none\n");
+    EXPECT_EQ(prepare(text, "#p b3lyp/gen").text, ready("#p b3lyp/gen force nosymm", basis));
+    EXPECT_EQ(prepare(text, "#p b3lyp/gen geom=connectivity").text,
+              ready("#p b3lyp/gen geom=connectivity force nosymm", " 1 2 1.0\n 2\n\n" + basis));
+    EXPECT_EQ(prepare(job("# hf", ""), "# hf/gen").text,
+              "the new route: 'hf/gen' needs a section behind the molecule, found none; prepare the input of the job "
+              "instead, or give a route that needs none|standard error|2");
+    EXPECT_EQ(prepare(job("# g4", ""), "# hf/sto-3g").text, ready("# hf/sto-3g force nosymm"));
+    EXPECT_EQ(prepare(job("# hf", ""), "hf").text,
+              "the new route: expected a route, which begins with '#', found 'hf'|standard error|2");
+}
+
+TEST(make_ready, takes_a_molecule_that_was_in_no_input) {
+    gaussian::molecule atoms;
+    atoms.numbers = {1, 1};
+    atoms.positions = Eigen::Matrix3Xd::Zero(3, 2);
+    atoms.positions(2, 1) = 0.74;
+    std::vector<gaussian::notice> notices;
+    const auto made = [&](std::string_view route, std::string_view title) {
+        std::string text;
+        const std::string error = stopped_with(
+            [&] { text = gaussian::write_input(gaussian::make_ready("a.log", route, title, atoms, notices)); });
+        return error == "no error" ? text : error;
+    };
+    EXPECT_EQ(made("#p hf opt freq geom=(check,connectivity)", " t "), ready("#p hf force nosymm"));
+    EXPECT_EQ(made("# hf freq=noraman cphf=noread", "t"), ready("# hf cphf=noread force nosymm"));
+    EXPECT_EQ(made("# hf", "#"), "# hf force nosymm\n\n- #\n\n0 1\n" + hydrogen + "\n");
+    EXPECT_EQ(made("# hf", " "), "# hf force nosymm\n\nno title\n\n0 1\n" + hydrogen + "\n");
+    EXPECT_EQ(
+        made("# hf/gen", "t"),
+        "a.log: 'hf/gen' needs a section behind the molecule, found none; prepare the input of the job instead, or "
+        "give a route that needs none|standard error|2");
+    EXPECT_EQ(made("# hf/chkbasis", "t"),
+              "a.log: 'hf/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
+              "input|standard error|2");
+    atoms.numbers = {1, 119};
+    EXPECT_EQ(made("# hf", "t"), "symbol_of: expected an atomic number from 1 to 118, found 119|standard error|2");
+    atoms.numbers = {1};
+    EXPECT_EQ(made("# hf", "t"), "found 2 positions, expected 1|standard error|2");
+}
 
 }  // namespace

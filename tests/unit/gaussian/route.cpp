@@ -46,7 +46,8 @@ TEST(route, is_taken_apart) {
         {"# opt (ts) freq", "#: opt[ts|ts] freq"},
         {"# mp2 / cc-pvdz scf = tight", "#: mp2/cc-pvdz scf[tight|tight]"},
         {"# mp2=full/gen", "#: mp2[full|full]/gen"},
-        {"# scrf=(pcm,solvent=water) iop(3/76=1000000000)", "#: scrf[pcm|pcm][solvent|solvent=water] iop[3/76|3/76=1000000000]"},
+        {"# scrf=(pcm,solvent=water) iop(3/76=1000000000)",
+         "#: scrf[pcm|pcm][solvent|solvent=water] iop[3/76|3/76=1000000000]"},
         {"# irc=(report=(read,x),calcfc)", "#: irc[report|report=(read,x)][calcfc|calcfc]"},
         {"# scf=(a\tb) x", "#: scf[a|a][b|b] x"},
     };
@@ -68,9 +69,8 @@ TEST(route, that_is_none_stops_the_run) {
 std::string ready(std::string_view text) {
     std::vector<gaussian::notice> notices;
     std::string result;
-    const std::string error = stopped_with([&] {
-        result = gaussian::text_of(gaussian::ready_route(parse_route(text, "r:1"), true, "r:1", 1, notices));
-    });
+    const std::string error = stopped_with(
+        [&] { result = gaussian::text_of(gaussian::ready_route(parse_route(text, "r:1"), true, "r:1", 1, notices)); });
     for (const gaussian::notice& told : notices) {
         result += "|" + told.text;
     }
@@ -98,7 +98,8 @@ TEST(route, becomes_ready) {
         {"# sp hf", "# hf force nosymm"},
         {"# scan polar admp bomd volume hf", "# hf force nosymm"},
         {"# forces hf", "# hf force nosymm"},
-        {"# hf stable=opt", "# hf force nosymm|'stable=opt' left out: make sure that the jobs find the stable wave function"},
+        {"# hf stable=opt",
+         "# hf force nosymm|'stable=opt' left out: make sure that the jobs find the stable wave function"},
         {"# hf geom=connectivity", "# hf geom=connectivity force nosymm"},
         {"# hf geom=(connectivity,nocrowd,modredundant)", "# hf geom=(connectivity,nocrowd) force nosymm"},
         {"# hf geom=(modredundant,Connect)", "# hf geom=Connect force nosymm"},
@@ -123,14 +124,20 @@ TEST(route, becomes_ready) {
         {"# hf density=checkpoint",
          "r:1: 'density=checkpoint' reads a checkpoint file, which the jobs will not have; put what it reads into the "
          "input|standard error|2"},
-        {"# g4", "r:1: 'g4' is a compound method, for which there are no forces; give the route of another method|standard error|2"},
+        {"# g4",
+         "r:1: 'g4' is a compound method, for which there are no forces; give the route of another method|standard "
+         "error|2"},
         {"# CBS-QB3",
-         "r:1: 'CBS-QB3' is a compound method, for which there are no forces; give the route of another method|standard error|2"},
-        {"# oniom(hf:uff)", "r:1: 'oniom(hf:uff)' needs layers of atoms, which cannot be kept; give the route of one "
-                            "method|standard error|2"},
-        {"# hf counterpoise=2", "r:1: 'counterpoise=2' needs fragments, which cannot be kept; take it out|standard error|2"},
+         "r:1: 'CBS-QB3' is a compound method, for which there are no forces; give the route of another "
+         "method|standard error|2"},
+        {"# oniom(hf:uff)",
+         "r:1: 'oniom(hf:uff)' needs layers of atoms, which cannot be kept; give the route of one "
+         "method|standard error|2"},
+        {"# hf counterpoise=2",
+         "r:1: 'counterpoise=2' needs fragments, which cannot be kept; take it out|standard error|2"},
         {"# hf opt=qst3",
-         "r:1: 'opt=qst3' has more than one molecule in the input; prepare the log of the optimisation|standard error|2"},
+         "r:1: 'opt=qst3' has more than one molecule in the input; prepare the log of the optimisation|standard "
+         "error|2"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(ready(row.text), row.expected) << row.text;

@@ -26,7 +26,8 @@ z_line first_line() {
     return line;
 }
 
-z_line line_of(std::array<int, 3> reference, std::array<double, 3> number, third_number third = third_number::dihedral) {
+z_line line_of(std::array<int, 3> reference, std::array<double, 3> number,
+               third_number third = third_number::dihedral) {
     z_line line;
     line.references = static_cast<int>(std::count_if(reference.begin(), reference.end(), [](int i) { return i != 0; }));
     line.line = 10 * line.references;
@@ -44,7 +45,8 @@ z_line point(double x, double y, double z) {
     return line;
 }
 
-// Recomputed from coordinates by the cosine rule and by the volume of a tetrahedron: in another way than they are built.
+// Recomputed from coordinates by the cosine rule and by the volume of a tetrahedron: in another way than they are
+// built.
 double distance(const Eigen::Matrix3Xd& x, int i, int j) { return (x.col(i) - x.col(j)).norm(); }
 
 double angle(const Eigen::Matrix3Xd& x, int i, int j, int k) {
@@ -83,11 +85,11 @@ TEST(z_matrix, turns_a_positive_dihedral_clockwise_as_seen_along_the_bond) {
 
 TEST(z_matrix, puts_two_angles_on_the_side_that_the_sign_names) {
     // i at the origin, j on x, k on y: two angles of 90 degrees leave z, and x cross y points there.
-    for (const auto& [third, z] : {std::pair(third_number::angle_plus, 1.5), std::pair(third_number::angle_minus, -1.5)}) {
-        const Eigen::Matrix3Xd x = gaussian::cartesian(
-            {point(0, 0, 0), point(2, 0, 0), point(0, 3, 0),
-             line_of({1, 2, 3}, {1.5, 90.0 * degree, 90.0 * degree}, third)},
-            "z");
+    for (const auto& [third, z] :
+         {std::pair(third_number::angle_plus, 1.5), std::pair(third_number::angle_minus, -1.5)}) {
+        const Eigen::Matrix3Xd x = gaussian::cartesian({point(0, 0, 0), point(2, 0, 0), point(0, 3, 0),
+                                                        line_of({1, 2, 3}, {1.5, 90.0 * degree, 90.0 * degree}, third)},
+                                                       "z");
         EXPECT_NEAR((x.col(3) - Eigen::Vector3d(0, 0, z)).norm(), 0.0, 1e-15);
     }
 }
@@ -100,8 +102,9 @@ TEST(z_matrix, random_ones_have_the_distances_angles_and_dihedrals_asked_for) {
     int lines_checked = 0;
     int two_angles = 0;
     for (int molecule = 0; molecule < 2000; ++molecule) {
-        std::vector<z_line> lines = {first_line(), line_of({1, 0, 0}, {length(random), 0, 0}),
-                                     line_of({1 + molecule % 2, 2 - molecule % 2, 0}, {length(random), bend(random), 0})};
+        std::vector<z_line> lines = {
+            first_line(), line_of({1, 0, 0}, {length(random), 0, 0}),
+            line_of({1 + molecule % 2, 2 - molecule % 2, 0}, {length(random), bend(random), 0})};
         for (int own = 3; own < 12; ++own) {
             std::array<int, 3> reference{};
             std::vector<int> all;
@@ -172,7 +175,8 @@ TEST(z_matrix, refuses_what_cannot_be_built_and_names_the_line) {
          "z:20: expected references to different atoms, found 2 twice|standard error|2"},
         {{first_line(), second, bent, line_of({3, 2, 3}, {1, 1, 0})},
          "z:30: expected references to different atoms, found 3 twice|standard error|2"},
-        {{first_line(), line_of({1, 0, 0}, {-1, 0, 0})}, "z:10: expected a positive distance, found -1.000000|standard error|2"},
+        {{first_line(), line_of({1, 0, 0}, {-1, 0, 0})},
+         "z:10: expected a positive distance, found -1.000000|standard error|2"},
         {{first_line(), second, line_of({2, 1, 0}, {1, 190 * degree, 0})},
          "z:20: expected an angle from 0 to 180 degrees, found 190.000000|standard error|2"},
         {{first_line(), second, straight, line_of({3, 2, 1}, {1, 1, 1})},
