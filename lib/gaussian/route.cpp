@@ -63,6 +63,13 @@ std::string take_keyword(std::string_view& rest, const std::string& place) {
     return keyword;
 }
 
+/// Whether a keyword can stand between any two others: it neither begins nor ends with what would join them, nor begins
+/// with what would be something else at the beginning of a line.
+bool is_keyword(std::string_view text) {
+    constexpr std::string_view not_first = "=/(#%@";
+    return !text.empty() && not_first.find(text.front()) == std::string_view::npos && !joins(text.back());
+}
+
 /// Splits a text at those of some separators that stand outside brackets; empty pieces are left out.
 std::vector<std::string_view> split(std::string_view text, std::string_view separators) {
     std::vector<std::string_view> pieces;
@@ -118,12 +125,12 @@ route parse_route(std::string_view text, const std::string& place) {
             return job;
         }
         route_keyword keyword{take_keyword(rest, place), {}};
+        if (!is_keyword(keyword.text)) {
+            throw base::run_error(place + ": expected a keyword with its options in the route, found '" +
+                                  base::shown(keyword.text) + "'");
+        }
         for (const std::string_view piece : split(keyword.text, "/")) {
             keyword.parts.push_back(part_of(piece));
-        }
-        if (keyword.parts.empty()) {
-            throw base::run_error(place + ": expected a keyword in the route, found '" + base::shown(keyword.text) +
-                                  "'");
         }
         job.keywords.push_back(std::move(keyword));
     }

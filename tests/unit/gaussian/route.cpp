@@ -62,7 +62,12 @@ TEST(route, that_is_none_stops_the_run) {
     EXPECT_EQ(message(""), "r:1: expected a route, which begins with '#', found ''|standard error|2");
     EXPECT_EQ(message("# opt=(ts"), "r:1: expected as many '(' as ')' in the route, found 'opt=(ts'|standard error|2");
     EXPECT_EQ(message("# opt)"), "r:1: expected as many '(' as ')' in the route, found 'opt)'|standard error|2");
-    EXPECT_EQ(message("# /"), "r:1: expected a keyword in the route, found '/'|standard error|2");
+    for (const char* text : {"/", "=x", "(x)", "hf/", "scf=", "#x", "%mem=1", "@x"}) {
+        EXPECT_EQ(message(std::string("# opt,").append(text)),
+                  std::string("r:1: expected a keyword with its options in the route, found '")
+                      .append(text)
+                      .append("'|standard error|2"));
+    }
 }
 
 /// A route made ready, and its notices.
