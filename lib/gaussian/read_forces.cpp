@@ -1,0 +1,77 @@
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/error.hpp"
+#include "gaussian/forces_file.hpp"
+#include "gaussian/words.hpp"
+
+namespace displacement_generator::gaussian {
+
+namespace {
+
+bool is_over(std::string_view rest) { return without_blanks(rest).empty(); }
+
+[[noreturn]] void refuse_line(const source& from, const std::string& expected, std::string_view line) {
+    from.refuse("expected " + expected + ", found '" + base::shown(line) + "'");
+}
+
+void take_energy(const source& from, std::string_view line, std::string_view rest, forces_file& found) {
+    double energy = 0.0;
+    if (!read_printed_real(next_word(rest), energy) || !is_over(rest)) {
+        refuse_line(from, "a number behind 'energy'", line);
+    }
+    if (found.energy) {
+        refuse_line(from, "one energy", line);
+    }
+    found.energy = energy;
+}
+
+void take_dipole(const source& from, std::string_view line, std::string_view rest, forces_file& found) {
+    double dipole[3];
+    if (!next_three_reals(rest, dipole) || !is_over(rest)) {
+        refuse_line(from, "three numbers behind 'dipole'", line);
+    }
+    if (found.dipole) {
+        refuse_line(from, "one dipole", line);
+    }
+    found.dipole = Eigen::Vector3d(dipole[0], dipole[1], dipole[2]);
+}
+
+}  // namespace
+
+forces_file read_forces(source& from, int atoms) {
+    forces_file found;
+    std::vector<double> components;
+    int count = 0;
+    std::string_view line;
+    while (from.next_line(line)) {
+        line = without_blanks(line.substr(0, line.find('#')));
+        if (line.empty()) {
+            continue;
+        }
+        std::string_view rest = line;
+        double force[3];
+        const std::string_view word = next_word(rest);
+        if (word == "energy") {
+            take_energy(from, line, rest, found);
+        } else if (word == "dipole") {
+            take_dipole(from, line, rest, found);
+        } else if (rest = line; !next_three_reals(rest, force) || !is_over(rest)) {
+            refuse_line(from, "three numbers, 'energy' or 'dipole'", line);
+        } else if (count == atoms) {
+            refuse_line(from, "forces on " + std::to_string(atoms) + " atoms and no more", line);
+        } else {
+            components.insert(components.end(), force, force + 3);
+            ++count;
+        }
+    }
+    if (count != atoms) {
+        throw base::run_error(from.name() + ": expected forces on " + std::to_string(atoms) + " atoms, found " +
+                              std::to_string(count));
+    }
+    found.forces = Eigen::Map<const Eigen::Matrix3Xd>(components.data(), 3, count);
+    return found;
+}
+
+}  // namespace displacement_generator::gaussian

@@ -1,0 +1,472 @@
+#include "gaussian/log.hpp"
+
+#include <gtest/gtest.h>
+
+#include <Eigen/Geometry>
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "gaussian_twin.hpp"
+#include "support.hpp"
+
+using namespace displacement_generator;
+
+namespace {
+
+using support::log_text;
+using support::twin_job;
+using support::twin_log;
+using support::twin_point;
+
+struct outcome {
+    gaussian::log_contents log;
+    std::vector<gaussian::notice> notices;
+};
+
+outcome read(const std::string& text) {
+    outcome result;
+    gaussian::source from("job.log", text);
+    result.log = gaussian::read_log(from, result.notices);
+    return result;
+}
+
+outcome read(const twin_job& job) { return read(log_text({.jobs = {job}})); }
+
+const std::vector<int> water = {8, 1, 1};
+
+/// Off the axes and without symmetry, so that no wrong turn gives the same numbers; ten decimals.
+Eigen::Matrix3Xd water_positions(double bend = 0.0) {
+    Eigen::Matrix3Xd positions(3, 3);
+    positions << 0.1234567891, 0.9034567892, -0.2734567893,  //
+        -0.3456789121, -0.4056789122, 0.5343210877 + bend,   //
+        0.0567891234, 0.1667891235, -0.0432108764;
+    return positions;
+}
+
+Eigen::Matrix3Xd water_forces() {
+    Eigen::Matrix3Xd forces(3, 3);
+    forces << 0.012345678, -0.002345678, -0.010000000,  //
+        -0.023456789, 0.003456789, 0.020000000,         //
+        0.001234567, 0.000765433, -0.002000000;
+    return forces;
+}
+
+twin_job water_job() {
+    twin_job job = support::one_point(water, water_positions(), water_forces());
+    job.points[0].energy = -76.4089012345;
+    job.points[0].dipole = Eigen::Vector3d(-0.25, 0.5, -0.125);
+    return job;
+}
+
+/// A turn that mixes all axes, and a shift.
+twin_job::turn some_turn() {
+    return {Eigen::AngleAxisd(1.1, Eigen::Vector3d(1.0, -2.0, 0.5).normalized()).toRotationMatrix(), {0.3, -0.7, 1.9}};
+}
+
+double difference(const Eigen::Matrix3Xd& a, const Eigen::Matrix3Xd& b) {
+    return a.cols() == b.cols() ? (a - b).cwiseAbs().maxCoeff() : 1e300;
+}
+
+std::string replaced(std::string text, const std::string& what, const std::string& by) {
+    const std::size_t at = text.rfind(what);
+    EXPECT_NE(at, std::string::npos) << what;
+    return text.replace(at, what.size(), by);
+}
+
+int line_of(const std::string& text, const std::string& what) {
+    const auto at = static_cast<std::ptrdiff_t>(text.rfind(what));
+    return static_cast<int>(std::count(text.begin(), text.begin() + at, '\n')) + 1;
+}
+
+TEST(gaussian_log, one_job_in_the_frame_of_the_input) {
+    const outcome found = read(water_job());
+    EXPECT_EQ(found.log.jobs, 1);
+    EXPECT_EQ(found.log.ended_normally, 1);
+    EXPECT_TRUE(found.notices.empty());
+    const gaussian::log_job& job = found.log.job;
+    EXPECT_EQ(job.number, 1);
+    EXPECT_EQ(job.route, "#p b3lyp/6-31g(d) force nosymm");
+    EXPECT_EQ(job.line, 6);
+    EXPECT_TRUE(job.has_charge);
+    EXPECT_EQ(job.molecule.charge, 0);
+    EXPECT_EQ(job.molecule.multiplicity, 1);
+    EXPECT_EQ(job.geometries, 1);
+    EXPECT_EQ(job.molecule.numbers, water);
+    EXPECT_EQ(job.in, gaussian::frame::input);
+    EXPECT_EQ(job.decimals, 10);
+    EXPECT_EQ(difference(job.molecule.positions, water_positions()), 0.0);
+    EXPECT_EQ(job.energy, -76.4089012345);
+    EXPECT_EQ(job.forces_problem, "");
+    EXPECT_TRUE(job.forces_of_last);
+    EXPECT_EQ(difference(job.forces, water_forces()), 0.0);
+    EXPECT_EQ(difference(job.force_positions, water_positions()), 0.0);
+    EXPECT_EQ(*job.dipole, Eigen::Vector3d(-0.25, 0.5, -0.125));
+    EXPECT_TRUE(job.ended_normally);
+}
+
+TEST(gaussian_log, six_decimals_without_an_archive_entry) {
+    twin_job twin = water_job();
+    twin.archive = false;
+    const gaussian::log_job job = read(twin).log.job;
+    EXPECT_EQ(job.decimals, 6);
+    EXPECT_EQ(job.molecule.positions(0, 0), 0.123457);
+    EXPECT_LE(difference(job.molecule.positions, water_positions()), 5.1e-7);
+}
+
+TEST(gaussian_log, an_archive_entry_of_another_geometry_is_not_taken) {
+    twin_job twin = water_job();
+    const std::string text = replaced(log_text({.jobs = {twin}}), "0.1234567891", "0.1234587891");
+    EXPECT_EQ(read(text).log.job.decimals, 6);
+    EXPECT_EQ(read(text).log.job.molecule.positions(0, 0), 0.123457);
+}
+
+TEST(gaussian_log, carriage_returns_and_bars) {
+    twin_log twin{.jobs = {water_job()}, .carriage_returns = true, .bars = true};
+    const gaussian::log_job job = read(log_text(twin)).log.job;
+    EXPECT_EQ(job.decimals, 10);
+    EXPECT_EQ(job.route, "#p b3lyp/6-31g(d) force nosymm");
+    EXPECT_EQ(difference(job.molecule.positions, water_positions()), 0.0);
+    EXPECT_EQ(difference(job.forces, water_forces()), 0.0);
+    EXPECT_EQ(*job.dipole, Eigen::Vector3d(-0.25, 0.5, -0.125));
+}
+
+TEST(gaussian_log, the_dipole_is_turned_from_the_standard_orientation_into_the_frame_of_the_forces) {
+    for (const int charge : {0, -2}) {
+        twin_job twin = water_job();
+        twin.route = "#p b3lyp/6-31g(d) force";
+        twin.charge = charge;
+        twin.standard = some_turn();
+        const outcome found = read(twin);
+        EXPECT_TRUE(found.notices.empty());
+        const gaussian::log_job& job = found.log.job;
+        EXPECT_EQ(job.in, gaussian::frame::input);
+        EXPECT_EQ(difference(job.molecule.positions, water_positions()), 0.0);
+        EXPECT_EQ(difference(job.force_positions, water_positions()), 0.0);
+        ASSERT_TRUE(job.dipole);
+        EXPECT_LE((*job.dipole - Eigen::Vector3d(-0.25, 0.5, -0.125)).cwiseAbs().maxCoeff(), charge == 0 ? 2e-6 : 1e-5);
+    }
+}
+
+TEST(gaussian_log, a_dipole_in_a_mirrored_frame_is_passed_over) {
+    twin_job twin =
+        support::one_point({6, 1, 9, 17, 7}, Eigen::Matrix3Xd::Random(3, 5), Eigen::Matrix3Xd::Random(3, 5));
+    twin.points[0].dipole = Eigen::Vector3d(1.0, 2.0, 3.0);
+    twin.points[0].energy = -1.0;
+    twin.standard = some_turn();
+    EXPECT_TRUE(read(twin).log.job.dipole);
+    twin.standard->rotation.col(0) *= -1.0;
+    const outcome found = read(twin);
+    EXPECT_FALSE(found.log.job.dipole);
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].text, "the dipole moment is not in the frame of the forces; it is passed over");
+}
+
+TEST(gaussian_log, with_a_standard_orientation_alone_the_archive_entry_has_the_frame_of_the_input) {
+    twin_job twin = water_job();
+    twin.route = "#p b3lyp/6-31g(d) force";
+    twin.standard = some_turn();
+    twin.input_tables = false;
+    const gaussian::log_job job = read(twin).log.job;
+    EXPECT_EQ(job.in, gaussian::frame::input);
+    EXPECT_EQ(job.decimals, 10);
+    EXPECT_EQ(difference(job.molecule.positions, water_positions()), 0.0);
+    EXPECT_EQ(difference(job.force_positions, water_positions()), 0.0);
+    EXPECT_LE((*job.dipole - Eigen::Vector3d(-0.25, 0.5, -0.125)).cwiseAbs().maxCoeff(), 2e-6);
+}
+
+TEST(gaussian_log, with_a_standard_orientation_alone_and_no_archive_entry_the_forces_are_refused) {
+    twin_job twin = water_job();
+    twin.route = "#p b3lyp/6-31g(d) force";
+    twin.standard = some_turn();
+    twin.input_tables = false;
+    twin.archive = false;
+    const std::string text = log_text({.jobs = {twin}});
+    const outcome found = read(text);
+    EXPECT_EQ(found.log.job.in, gaussian::frame::standard);
+    EXPECT_EQ(found.log.job.forces.cols(), 0);
+    EXPECT_FALSE(found.log.job.dipole);
+    EXPECT_EQ(found.log.job.forces_problem,
+              "job.log:" + std::to_string(line_of(text, "Forces (Hartrees/Bohr)")) +
+                  ": expected the geometry of these forces in their frame, found none (give nosymm)");
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].text, "the last geometry stands in the log in the standard orientation only");
+    const Eigen::Matrix3Xd turned = (twin.standard->rotation * water_positions()).colwise() + twin.standard->shift;
+    EXPECT_LE(difference(found.log.job.molecule.positions, turned), 5.1e-7);
+}
+
+TEST(gaussian_log, forces_without_the_line_of_asterisks_are_in_no_known_frame_where_the_two_differ) {
+    twin_job twin = water_job();
+    twin.standard = some_turn();
+    const std::string text = replaced(log_text({.jobs = {twin}}), " ***** Axes restored to original set *****\n", "");
+    EXPECT_EQ(read(text).log.job.forces.cols(), 0);
+    EXPECT_NE(read(text).log.job.forces_problem.find("in their frame, found none"), std::string::npos);
+    twin.standard = {Eigen::Matrix3d::Identity(), Eigen::Vector3d::Zero()};
+    const std::string same = replaced(log_text({.jobs = {twin}}), " ***** Axes restored to original set *****\n", "");
+    EXPECT_EQ(difference(read(same).log.job.forces, water_forces()), 0.0);
+}
+
+TEST(gaussian_log, the_last_geometry_of_an_optimisation_and_the_forces_printed_for_it) {
+    twin_job twin = water_job();
+    twin.route = "#p b3lyp/6-31g(d) opt";
+    twin.standard = some_turn();
+    twin.points.insert(twin.points.begin(), 3, twin.points[0]);
+    for (std::size_t i = 0; i < 3; ++i) {
+        twin.points[i].positions = water_positions(0.1 * static_cast<double>(3 - i));
+        twin.points[i].energy = -70.0 - static_cast<double>(i);
+        twin.points[i].forces *= 10.0;
+    }
+    outcome found = read(twin);
+    EXPECT_EQ(found.log.job.geometries, 4);
+    EXPECT_EQ(difference(found.log.job.molecule.positions, water_positions()), 0.0);
+    EXPECT_EQ(difference(found.log.job.forces, water_forces()), 0.0);
+    EXPECT_EQ(found.log.job.energy, -76.4089012345);
+    EXPECT_TRUE(found.log.job.forces_of_last);
+
+    // At the end the optimised geometry is printed once more: the same place.
+    twin_point again = twin.points.back();
+    again.forces.resize(3, 0);
+    again.energy.reset();
+    again.dipole.reset();
+    twin.points.push_back(again);
+    twin.archive = false;
+    found = read(twin);
+    EXPECT_EQ(found.log.job.geometries, 4);
+    EXPECT_TRUE(found.log.job.forces_of_last);
+    EXPECT_EQ(difference(found.log.job.forces, water_forces()), 0.0);
+    EXPECT_EQ(found.log.job.energy, -76.4089012345);
+
+    // Where another geometry follows, the forces are not those of the last one.
+    twin.points.back().positions = water_positions(0.5);
+    found = read(twin);
+    EXPECT_EQ(found.log.job.geometries, 5);
+    EXPECT_FALSE(found.log.job.forces_of_last);
+    EXPECT_LE(difference(found.log.job.molecule.positions, water_positions(0.5)), 5.1e-7);
+    EXPECT_LE(difference(found.log.job.force_positions, water_positions()), 5.1e-7);
+    EXPECT_EQ(difference(found.log.job.forces, water_forces()), 0.0);
+    EXPECT_LE((*found.log.job.dipole - Eigen::Vector3d(-0.25, 0.5, -0.125)).cwiseAbs().maxCoeff(), 3e-6);
+}
+
+TEST(gaussian_log, of_several_jobs_the_last_one_with_a_geometry) {
+    twin_job first = water_job();
+    first.route = "#p b3lyp/6-31g(d) opt freq";
+    twin_job second = water_job();
+    second.points[0].positions = water_positions(0.25);
+    second.route = "#N Geom=AllCheck Guess=TCheck SCRF=Check GenChk RB3LYP/6-31G(d) Freq";
+    second.charge = -1;
+    second.multiplicity = 2;
+    outcome found = read(log_text({.jobs = {first, second}}));
+    EXPECT_EQ(found.log.jobs, 2);
+    EXPECT_EQ(found.log.ended_normally, 2);
+    EXPECT_EQ(found.log.first_route, "#p b3lyp/6-31g(d) opt freq");
+    EXPECT_EQ(found.log.job.number, 2);
+    EXPECT_EQ(found.log.job.route, second.route);
+    EXPECT_EQ(found.log.job.molecule.charge, -1);
+    EXPECT_EQ(found.log.job.molecule.multiplicity, 2);
+    EXPECT_EQ(difference(found.log.job.molecule.positions, water_positions(0.25)), 0.0);
+
+    // A job that ends before its first geometry counts, and gives none.
+    const std::string text = log_text({.jobs = {first, second}});
+    const std::string cut = text.substr(0, text.find("Link1:  Proceeding to internal job step number  2.") + 52);
+    found = read(cut);
+    EXPECT_EQ(found.log.jobs, 2);
+    EXPECT_EQ(found.log.ended_normally, 1);
+    EXPECT_EQ(found.log.job.number, 1);
+    EXPECT_EQ(difference(found.log.job.molecule.positions, water_positions()), 0.0);
+}
+
+TEST(gaussian_log, two_logs_in_one_file_the_first_broken_off_in_a_table) {
+    const std::string whole = log_text({.jobs = {water_job()}});
+    const std::string broken = whole.substr(0, whole.find("     2          1 "));
+    const outcome found = read(broken + whole);
+    EXPECT_EQ(found.log.jobs, 2);
+    EXPECT_EQ(found.log.ended_normally, 1);
+    EXPECT_EQ(found.log.job.number, 2);
+    EXPECT_EQ(difference(found.log.job.molecule.positions, water_positions()), 0.0);
+    const std::string failed = replaced(whole, " Normal termination of", " Error termination via");
+    EXPECT_EQ(read(failed).log.jobs, 1);
+    EXPECT_EQ(read(failed).log.ended_normally, 0);
+}
+
+TEST(gaussian_log, a_route_is_joined_from_its_pieces) {
+    twin_job twin = water_job();
+    twin.route =
+        "#p b3lyp/gen 6d 10f scf=(xqc,tight,maxcycle=200) integral=(grid=ultrafine) nosymm force "
+        "scrf=(smd,solvent=water) empiricaldispersion=gd3bj pop=full iop(1/8=1)";
+    EXPECT_EQ(read(twin).log.job.route, twin.route);
+    // With a blank at the end of the first piece, which is lost.
+    twin.route = std::string("#p ") + std::string(66, 'a') + " " + "nosymm";
+    EXPECT_EQ(read(twin).log.job.route, twin.route);
+    const std::string trimmed =
+        replaced(log_text({.jobs = {twin}}), std::string(66, 'a') + " \n", std::string(66, 'a') + "\n");
+    EXPECT_EQ(read(trimmed).log.job.route, twin.route);
+}
+
+TEST(gaussian_log, a_title_with_a_sharp_is_no_route) {
+    twin_job twin = water_job();
+    twin.title = "# opt freq of water";
+    EXPECT_EQ(read(twin).log.job.route, twin_job().route);
+    EXPECT_EQ(read(twin).log.jobs, 1);
+}
+
+TEST(gaussian_log, a_terse_log_has_its_geometry_in_the_archive_entry_alone) {
+    twin_job twin = water_job();
+    twin.input_tables = false;
+    gaussian::log_job job = read(twin).log.job;
+    EXPECT_EQ(job.geometries, 1);
+    EXPECT_EQ(job.geometry_line, 0);
+    EXPECT_EQ(job.decimals, 10);
+    EXPECT_EQ(difference(job.molecule.positions, water_positions()), 0.0);
+    EXPECT_EQ(difference(job.forces, water_forces()), 0.0);
+    twin.archive = false;
+    job = read(twin).log.job;
+    EXPECT_EQ(job.number, 0);
+    EXPECT_EQ(read(twin).log.jobs, 1);
+}
+
+TEST(gaussian_log, the_energy_is_that_of_the_highest_level) {
+    twin_job twin = water_job();
+    twin.correlation = 0.25;
+    EXPECT_EQ(read(twin).log.job.energy, -76.6589012);  // of the archive entry, with its seven decimals
+    twin.archive = false;
+    EXPECT_EQ(read(twin).log.job.energy, -76.4089012345);
+}
+
+TEST(gaussian_log, centres_that_are_no_atoms_are_counted_and_left_out) {
+    Eigen::Matrix3Xd positions(3, 6);
+    positions << water_positions(), Eigen::Matrix3Xd::Constant(3, 3, 2.5);
+    twin_job twin = support::one_point({8, 1, 1, -1, 0, -2}, positions, Eigen::Matrix3Xd(3, 0));
+    twin.z_matrix = true;
+    const gaussian::log_job job = read(twin).log.job;
+    EXPECT_EQ(job.molecule.numbers, water);
+    EXPECT_LE(difference(job.molecule.positions, water_positions()), 5.1e-7);
+    EXPECT_EQ(job.dummies, 1);
+    EXPECT_EQ(job.ghosts, 1);
+    EXPECT_EQ(job.vectors, 1);
+    EXPECT_EQ(job.forces_problem, "job.log: expected a table of forces, found none");
+    const std::string text = log_text({.jobs = {water_job()}});
+    const std::string typed = replaced(text, "      1          8           0 ", "      1          8    10001001 ");
+    EXPECT_EQ(read(typed).log.job.typed, 1);
+    EXPECT_EQ(read(text).log.job.typed, 0);
+}
+
+TEST(gaussian_log, fields_that_touch) {
+    twin_job twin = water_job();
+    twin.points[0].positions.row(1).setConstant(-1234.5678901234);
+    twin.points[0].positions.row(2).setConstant(-4321.0987654321);
+    twin.points[0].dipole = Eigen::Vector3d(-1.78262851e-18, -2.5, -1.30457276e-1);
+    twin.points[0].forces *= -100000.0;
+    const gaussian::log_job job = read(twin).log.job;
+    EXPECT_EQ(difference(job.molecule.positions, twin.points[0].positions), 0.0);
+    EXPECT_EQ(*job.dipole, *twin.points[0].dipole);
+    EXPECT_LE(difference(job.forces, twin.points[0].forces), 5.1e-10);
+}
+
+TEST(gaussian_log, asterisks_in_the_last_geometry_stop_the_run_at_their_line) {
+    twin_job twin = water_job();
+    const std::string text = replaced(log_text({.jobs = {twin}}), "0.903457", "********");
+    const std::string row = "2          1           0        ********   -0.405679    0.166789";
+    EXPECT_EQ(support::stopped_with([&] { read(text); }), "job.log:" + std::to_string(line_of(text, row)) +
+                                                              ": expected an atom's number and position, found '" +
+                                                              row + "'|standard error|2");
+}
+
+TEST(gaussian_log, asterisks_in_an_earlier_geometry_do_not) {
+    twin_job twin = water_job();
+    twin.points.push_back(twin.points[0]);
+    twin.points[0].positions = water_positions(1.0);
+    const std::string text = replaced(log_text({.jobs = {twin}}), "1.534321", "********");
+    EXPECT_EQ(difference(read(text).log.job.molecule.positions, water_positions()), 0.0);
+}
+
+TEST(gaussian_log, asterisks_in_the_forces_are_told_and_leave_the_geometry) {
+    const std::string text = replaced(log_text({.jobs = {water_job()}}), "-0.002345678", "************");
+    const gaussian::log_job job = read(text).log.job;
+    const std::string row = "2        1       ************    0.003456789    0.000765433";
+    EXPECT_EQ(job.forces.cols(), 0);
+    EXPECT_EQ(job.forces_problem, "job.log:" + std::to_string(line_of(text, row)) +
+                                      ": expected an atom's number and the force on it, found '" + row + "'");
+    EXPECT_EQ(job.molecule.numbers, water);
+}
+
+TEST(gaussian_log, a_broken_table_of_forces_is_told_even_where_whole_ones_stand_before_it) {
+    twin_job twin = water_job();
+    twin.points.push_back(twin.points[0]);
+    twin.points[0].positions = water_positions(1.0);
+    std::string text = log_text({.jobs = {twin}});
+    text = replaced(text, "      2        1       -0.002345678", " oops");
+    const outcome found = read(text);
+    EXPECT_EQ(found.log.job.forces.cols(), 0);
+    EXPECT_EQ(found.log.job.forces_problem, "job.log:" + std::to_string(line_of(text, "Forces (Hartrees/Bohr)")) +
+                                                ": expected a table of forces, found a part of one");
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].line, line_of(text, " oops"));
+}
+
+TEST(gaussian_log, forces_on_other_atoms) {
+    const std::string text = replaced(log_text({.jobs = {water_job()}}), "      2        1  ", "      2        9  ");
+    EXPECT_EQ(read(text).log.job.forces_problem,
+              "job.log:" + std::to_string(line_of(text, "Forces (Hartrees/Bohr)")) +
+                  ": expected forces on the 3 atoms of the geometry, found 3 or other atoms");
+}
+
+TEST(gaussian_log, cut_anywhere_it_has_no_normal_end_and_never_another_result) {
+    twin_job twin = water_job();
+    twin.standard = some_turn();
+    twin.route = "#p b3lyp/6-31g(d) force";
+    twin.between = std::string(70, 'x') + "\n";
+    const std::string text = log_text({.jobs = {twin}});
+    const std::size_t end = text.find(" Normal termination of Gaussian") + 31;
+    int with_geometry = 0;
+    for (std::size_t length = 0; length < text.size(); ++length) {
+        const outcome found = read(text.substr(0, length));
+        ASSERT_EQ(found.log.ended_normally, length < end ? 0 : 1) << length;
+        const gaussian::log_job& job = found.log.job;
+        if (job.number != 0) {
+            ++with_geometry;
+            ASSERT_EQ(job.molecule.numbers, water) << length;
+            ASSERT_LE(difference(job.molecule.positions, water_positions()), 5.1e-7) << length;
+        }
+        if (job.forces.cols() != 0) {
+            ASSERT_EQ(difference(job.forces, water_forces()), 0.0) << length;
+        }
+    }
+    EXPECT_GT(with_geometry, 500);
+}
+
+TEST(gaussian_log, blocks_end_anywhere) {
+    // The reader takes blocks of 64 KiB: the tables of this log lie across their ends, shifted by each length once.
+    const support::scratch_folder folder;
+    twin_job twin = water_job();
+    twin.standard = some_turn();
+    for (std::size_t shift = 0; shift < 4000; shift += 37) {
+        std::string text = log_text({.before = std::string(63000 + shift, 'a') + "\n", .jobs = {twin}});
+        support::write_file("job.log", text);
+        gaussian::source from("job.log");
+        std::vector<gaussian::notice> notices;
+        const gaussian::log_contents log = gaussian::read_log(from, notices);
+        ASSERT_EQ(log.ended_normally, 1) << shift;
+        ASSERT_EQ(log.job.route, twin.route) << shift;
+        ASSERT_EQ(difference(log.job.molecule.positions, water_positions()), 0.0) << shift;
+        ASSERT_EQ(difference(log.job.forces, water_forces()), 0.0) << shift;
+        ASSERT_EQ(log.job.forces_line, line_of(text, "Forces (Hartrees/Bohr)")) << shift;
+    }
+}
+
+TEST(gaussian_log, a_line_longer_than_a_block_is_passed_over) {
+    const support::scratch_folder folder;
+    support::write_file("job.log", log_text({.before = std::string(200000, 'a') + "\n", .jobs = {water_job()}}));
+    gaussian::source from("job.log");
+    std::vector<gaussian::notice> notices;
+    const gaussian::log_contents log = gaussian::read_log(from, notices);
+    EXPECT_EQ(log.job.line, 7);
+    EXPECT_EQ(difference(log.job.forces, water_forces()), 0.0);
+}
+
+TEST(gaussian_log, text_without_a_job) {
+    EXPECT_EQ(read("").log.jobs, 0);
+    EXPECT_EQ(read("nothing of Gaussian\n").log.jobs, 0);
+    EXPECT_EQ(read(" \n \n C\n #\n").log.job.number, 0);
+}
+
+}  // namespace
