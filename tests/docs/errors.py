@@ -13,8 +13,8 @@ NO_MESSAGE = {"num_file_recl", "sh ", "mv ", "/bin/mkdir -p ", "mkdir -p ", "ls 
               "standard input", "standard output", "std_orient", "disp_sign", "displacement_generator: error: ",
               "... (", " more characters)", ".true.", ".false.", "Not a regular file"}
 NOT_READ = {"tables.cpp", "info_block.cpp", "file_list.cpp", "geometry_files.cpp"}
-# Rooms that the generator does not use.
-OTHER_ROOMS = {"gaussian"}
+# The rooms of the generator, whose messages the document tells.
+ROOMS = ("lib/base", "lib/file", "lib/element", "lib/gjf", "lib/symmetry", "tools/displacement_generator")
 
 
 def literals_of(path):
@@ -37,8 +37,8 @@ def main():
     document = (top / "docs" / "errors.md").read_text()
     messages = [m for m in re.findall(r"`([^`]+)`", document) if "<" in m or len(m) > 30]
     literals = set()
-    for path in [*top.glob("lib/*/*.?pp"), *top.glob("tools/*/*.?pp")]:
-        if path.name not in NOT_READ and path.parent.name not in OTHER_ROOMS:
+    for path in [path for room in ROOMS for path in (top / room).glob("*.?pp")]:
+        if path.name not in NOT_READ:
             literals |= literals_of(path)
     wrong = []
     for message in messages:
