@@ -29,4 +29,10 @@ std::string shown(std::string_view text, std::size_t longest) {
     return result;
 }
 
+std::string byte_order_mark_hint(std::string_view start) {
+    const bool marked =
+        start.starts_with("\xef\xbb\xbf") || start.starts_with("\xff\xfe") || start.starts_with("\xfe\xff");
+    return marked ? "; the file begins with a byte order mark, save it as plain text without one" : "";
+}
+
 }  // namespace displacement_generator::base

@@ -47,8 +47,27 @@ int open_to_read(std::string_view fname, bool regular_only, std::string& reason)
     return -1;
 }
 
-int open_to_write(std::string_view fname, std::string& reason) {
-    return open_descriptor(fname, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK, reason);
+int open_to_write(std::string_view fname, std::string& reason, bool emptied) {
+    return open_descriptor(fname, O_WRONLY | O_CREAT | O_NONBLOCK | (emptied ? O_TRUNC : 0), reason);
+}
+
+bool lock_file(int descriptor) {
+    struct flock whole_file {};
+    whole_file.l_type = F_WRLCK;
+    whole_file.l_whence = SEEK_SET;
+    int result = 0;
+    do {
+        result = ::fcntl(descriptor, F_OFD_SETLK, &whole_file);
+    } while (result != 0 && errno == EINTR);
+    return result == 0 || (errno != EAGAIN && errno != EACCES);
+}
+
+int cut_file(int descriptor, std::size_t size) {
+    int result = 0;
+    do {
+        result = ::ftruncate(descriptor, static_cast<off_t>(size));
+    } while (result != 0 && errno == EINTR);
+    return result == 0 ? 0 : errno;
 }
 
 long read_some(int descriptor, char* to, std::size_t size) {

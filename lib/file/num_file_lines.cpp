@@ -33,7 +33,7 @@ int file::num_file_lines(std::string_view fname) {
         std::string name(base::trimmed(fname));
         std::replace(name.begin(), name.end(), '\0', '?');  // a message would end there; no file has such a name
         throw base::run_error(" Error in opening file '" + name + "' in function num_file_lines, stop!",
-                              base::message_stream::standard_output, 1);
+                              base::message_stream::standard_output, 1, input.reason());
     }
     record_reader& reader = *reader_of(input.fid());
     long long lines = 0;

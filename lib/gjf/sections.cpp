@@ -26,10 +26,14 @@ int find_blank(const input_lines& input, int first) {
     return 0;
 }
 
-/// Stops the run: a section is missing behind the route line.
+/// Stops the run: a section is missing after the route line.
 ///   from      in  the line where the search began; the message names the last line where there is no such line
 ///   expected  in  what was looked for
-[[noreturn]] void section_error(const input_lines& input, int from, const std::string& expected) {
+///   first_title, last_title
+///             in  the first and the last line that count as the title, 0 where there is none; where they are several,
+///                 the message says so: charge and atoms are among them if a blank line was left out
+[[noreturn]] void section_error(const input_lines& input, int from, const std::string& expected, int first_title = 0,
+                                int last_title = 0) {
     const int route = find_route(input);
     std::string message = input.name + ":" + std::to_string(std::min(from, input.nline)) + ": expected " + expected +
                           ", found the end of the file (line " + std::to_string(input.nline) +
@@ -39,6 +43,10 @@ int find_blank(const input_lines& input, int first) {
             message += ", and line " + std::to_string(i) + " was passed over for it";
             break;
         }
+    }
+    if (first_title < last_title) {
+        message += "; lines " + std::to_string(first_title) + " to " + std::to_string(last_title) +
+                   " count as the title, is a blank line missing?";
     }
     throw base::run_error(message);
 }
@@ -60,7 +68,8 @@ int find_route(const input_lines& input) {
     }
     throw base::run_error(input.name +
                           ":1: expected a route line, that is one that begins with '#', found none up to " +
-                          "the end of the file (line " + std::to_string(input.nline) + ")");
+                          "the end of the file (line " + std::to_string(input.nline) + ")" +
+                          base::byte_order_mark_hint(input.nline > 0 ? input.lines(1).trimmed() : ""));
 }
 
 int find_title(const input_lines& input) {
@@ -76,13 +85,14 @@ int find_title(const input_lines& input) {
 }
 
 int find_charge(const input_lines& input) {
-    const int first = find_title(input) + 1;  // the first title line is never the blank line that ends the section
+    const int title = find_title(input);
+    const int first = title + 1;  // the first title line is never the blank line that ends the section
     const int blank = find_blank(input, first);
     if (blank == 0) {
-        section_error(input, first, "a blank line that ends the title section");
+        section_error(input, first, "a blank line that ends the title section", title, input.nline);
     }
     if (blank == input.nline) {
-        section_error(input, blank + 1, "a charge and multiplicity line");
+        section_error(input, blank + 1, "a charge and multiplicity line", title, blank - 1);
     }
     return blank + 1;
 }

@@ -53,11 +53,13 @@ std::vector<std::string> messages(const failure& what, const std::string& file) 
         return {error_line("control: cannot " + what.call + " the control file: " + what.reason)};
     }
     if (is_output(file)) {
-        const std::string call = what.call == "open" ? "open for writing" : what.call;
-        return {error_line(file + ": cannot " + call + ": " + what.reason)};
+        const std::string call = what.call == "open" || what.call == "empty" ? "open for writing" : what.call;
+        const bool full = what.reason == "No space left on device" || what.reason == "Disk quota exceeded";
+        return {error_line(file + ": cannot " + call + ": " + what.reason + (full ? faults::need() : ""))};
     }
     if (what.call == "open") {
-        return {input_line(file), error_line(file + ": cannot open: " + what.reason)};
+        return {input_line(file) + faults::input_reason(file, what.reason),
+                error_line(file + ": cannot open: " + what.reason)};
     }
     return {error_line(file + ": cannot " + what.call + ": " + what.reason)};
 }
@@ -117,7 +119,9 @@ int for_every_turn(const failure& what, folder start, const function& check) {
 /// ways.
 void expect_turns(const std::string& call, int turns) {
     const int outputs = static_cast<int>(faults::output_names().size());
-    if (call == "write") {
+    if (call == "lock" || call == "empty") {
+        EXPECT_EQ(turns, 1);  // the list
+    } else if (call == "write") {
         EXPECT_EQ(turns, outputs + 1);  // the last line of the list leaves by itself
     } else {
         EXPECT_GT(turns, call == "read" ? 2 : outputs + 2);
@@ -133,6 +137,7 @@ TEST_P(every_call, that_fails_ends_the_run) {
         {"read", std::to_string(EIO), "Input/output error"},
         {"write", std::to_string(ENOSPC), "No space left on device"},
         {"write", "none", "Input/output error"},
+        {"empty", std::to_string(EIO), "Input/output error"},
     };
     for (const failure& what : failures) {
         const int turns = for_every_turn(what, GetParam(), [&](const observed& seen) {
@@ -163,7 +168,7 @@ TEST_P(every_call, close_that_fails_ends_the_run_where_something_was_written) {
 }
 
 TEST_P(every_call, that_the_process_dies_in_leaves_no_list_that_says_more_than_is_true) {
-    for (const std::string call : {"open", "read", "write", "close"}) {
+    for (const std::string call : {"open", "lock", "empty", "read", "write", "close"}) {
         for (const std::string way : {"killed", "torn"}) {
             const bool transfer = call == "read" || call == "write";
             if (way == "torn" && !transfer) {
@@ -174,7 +179,8 @@ TEST_P(every_call, that_the_process_dies_in_leaves_no_list_that_says_more_than_i
                 EXPECT_EQ(seen.result.standard_output + seen.result.standard_error, "");
                 // Only the close of the list comes behind its last write, when everything is written.
                 const bool all_written = call == "close" && seen.file == "PES-0/files.out";
-                const bool not_begun = !is_output(seen.file) || (call == "open" && seen.file == "PES-0/files.out");
+                const bool list_opens = call == "lock" || call == "empty" || call == "open";
+                const bool not_begun = !is_output(seen.file) || (list_opens && seen.file == "PES-0/files.out");
                 EXPECT_EQ(faults::says_complete(),
                           all_written || (not_begun && GetParam() == folder::with_an_earlier_run));
             });
@@ -184,8 +190,9 @@ TEST_P(every_call, that_the_process_dies_in_leaves_no_list_that_says_more_than_i
 }
 
 TEST_P(every_call, that_is_interrupted_or_does_less_than_asked_is_continued) {
-    for (const failure& what : {failure{"open", "interrupted"}, failure{"write", "interrupted"},
-                                failure{"write", "half"}, failure{"read", "half"}}) {
+    for (const failure& what :
+         {failure{"open", "interrupted"}, failure{"lock", "interrupted"}, failure{"empty", "interrupted"},
+          failure{"write", "interrupted"}, failure{"write", "half"}, failure{"read", "half"}}) {
         for_every_turn(what, GetParam(), [](const observed& seen) { faults::expect_good(seen.result); });
     }
     for (const std::string call : {"open", "read", "write"}) {
@@ -206,11 +213,20 @@ std::string folder_name(const testing::TestParamInfo<folder>& tested) {
 
 INSTANTIATE_TEST_SUITE_P(faults, every_call, testing::Values(folder::empty, folder::with_an_earlier_run), folder_name);
 
+/// Devices and pipes cannot be emptied, and need not be.
+TEST(list, that_cannot_be_emptied_by_its_nature_is_written) {
+    const support::scratch_folder scratch;
+    faults::write_inputs();
+    const observed seen = run_with({"empty", std::to_string(EINVAL)}, 1);
+    EXPECT_TRUE(seen.happened);
+    faults::expect_good(seen.result);
+}
+
 /// The last line is in the list when its close fails; where it cannot be cut off, the list goes as a whole.
 TEST(list, that_can_be_neither_closed_nor_cut_is_removed) {
     const support::scratch_folder scratch;
     faults::write_inputs();
-    const observed seen = run_with({"close truncate", std::to_string(EIO)}, 0, "PES-0/files.out");
+    const observed seen = run_with({"close cut", std::to_string(EIO)}, 0, "PES-0/files.out");
     EXPECT_TRUE(seen.happened);
     faults::expect_stopped(seen.result, "PES-0/files.out: cannot close: Input/output error");
     support::tree expected = faults::good_tree();
@@ -221,7 +237,7 @@ TEST(list, that_can_be_neither_closed_nor_cut_is_removed) {
 TEST(list, that_cannot_be_closed_loses_its_last_line_only) {
     const support::scratch_folder scratch;
     faults::write_inputs();
-    const observed seen = run_with({"close", std::to_string(EIO)}, 0, "PES-0/files.out");
+    const observed seen = run_with({"close", std::to_string(EIO)}, 1, "PES-0/files.out");
     faults::expect_stopped(seen.result, "PES-0/files.out: cannot close: Input/output error");
     support::tree expected = faults::good_tree();
     std::string& list = expected["PES-0/files.out"];
@@ -236,7 +252,9 @@ TEST(shell, that_cannot_be_started_shows_when_the_list_is_opened) {
     const observed seen = run_with({"system", std::to_string(EAGAIN)}, 0);
     EXPECT_TRUE(seen.happened);
     EXPECT_EQ(seen.file, "/bin/mkdir -p PES-0");
-    faults::expect_stopped(seen.result, "PES-0/files.out: cannot open for writing: No such file or directory");
+    faults::expect_stopped(seen.result,
+                           "PES-0: cannot make the folder: the command '/bin/mkdir -p PES-0' could not be started: "
+                           "Resource temporarily unavailable");
     EXPECT_EQ(faults::tree_here(), before);
 }
 

@@ -13,11 +13,13 @@
 // Preloaded into the program under test, this stands between it and the system. The calls of one kind that the program
 // makes on files of its own are counted, and one of them, or every one, goes wrong:
 //
-//   FAILING_CALL   one or several of open, read, write, close, truncate and system
+//   FAILING_CALL   one or several of open, lock, empty, read, write, close, cut and system; "empty" and "cut" are both
+//                  ftruncate, to nothing and to some length
 //   FAILING_FILE   optional: only calls for a file of this name are counted
 //   FAILING_TURN   which one, counted from 1; 0 for every one
 //   FAILING_WAY    how: an errno as a number; "interrupted", once; "half" of what was asked for, one "byte" of it, or
-//                  "none", without an error; "killed" before the call, or "torn", half of it done
+//                  "none", without an error; "stopped" until it is told to go on, "killed" before the call, or "torn",
+//                  half of it done
 //   FAILING_MARK   a file that is made when it happens and then holds the name of the file that the call was for
 //
 // Nothing here uses the C library where that could come back to these functions.
@@ -87,6 +89,10 @@ void die() { ::kill(::getpid(), SIGKILL); }
 bool fails() {
     if (is_way("killed")) {
         die();
+    }
+    if (is_way("stopped")) {
+        ::kill(::getpid(), SIGSTOP);
+        return false;
     }
     if (is_way("interrupted")) {
         interrupted = !interrupted;
@@ -164,8 +170,22 @@ int close(int fd) {
     return result;
 }
 
-int truncate(const char* file, off_t length) {
-    return is_turn("truncate", file) && fails() ? -1 : static_cast<int>(::syscall(SYS_truncate, file, length));
+int ftruncate(int fd, off_t length) {
+    if (is_turn(length == 0 ? "empty" : "cut", name_of(fd)) && fails()) {
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_ftruncate, fd, length));
+}
+
+int fcntl(int fd, int cmd, ...) {  // NOLINT(cert-dcl50-cpp)
+    std::va_list arguments;
+    va_start(arguments, cmd);
+    void* argument = va_arg(arguments, void*);
+    va_end(arguments);
+    if (cmd == F_OFD_SETLK && is_turn("lock", name_of(fd)) && fails()) {
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_fcntl, fd, cmd, argument));
 }
 
 int system(const char* command) {

@@ -92,6 +92,15 @@ void expect_stopped(const support::outcome& result, const std::string& message) 
     EXPECT_FALSE(says_complete());
 }
 
+std::string need() {
+    std::size_t bytes = 0;
+    for (const std::string& name : output_names()) {
+        bytes += good_tree().at(name).size();
+    }
+    return "; the whole run needs " + std::to_string(bytes) + " bytes in " + std::to_string(output_names().size()) +
+           " files";
+}
+
 bool find_plain_user(std::string& prefix) {
     prefix = ::geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
     return run_in_shell(prefix + "test -x \"$0\"").status == 0;
@@ -101,6 +110,15 @@ std::string error_line(const std::string& message) { return "displacement_genera
 
 std::string input_line(const std::string& name) {
     return " Error in opening file '" + name + "' in function num_file_lines, stop!\n";
+}
+
+std::string input_reason(const std::string& name, const std::string& reason) {
+    if (name.empty()) {
+        return error_line("control:1: key 'fxyz': expected the path of the Gaussian input, found none");
+    }
+    return error_line("control:1: key 'fxyz': cannot open '" + name + "'" +
+                      (name.front() == '/' ? "" : " in the folder '" + fs::current_path().string() + "'") + ": " +
+                      reason);
 }
 
 listening_socket::listening_socket(const std::string& name)

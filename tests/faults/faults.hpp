@@ -51,6 +51,9 @@ void expect_good(const support::outcome& result);
 /// Checks that a run stopped with this message and has not left a list that says that it is complete.
 void expect_stopped(const support::outcome& result, const std::string& message);
 
+/// The end of a message about a device without room: what the whole run needs, as the files of a good run have it.
+std::string need();
+
 /// What runs the program, in a line of sh, as somebody who may not do what root may do; blank where that is so anyway.
 /// Result: false where there is nobody like that, or where the program is out of reach for them.
 bool find_plain_user(std::string& prefix);
@@ -60,6 +63,9 @@ std::string error_line(const std::string& message);
 
 /// The line that the program prints for an input that will not open.
 std::string input_line(const std::string& name);
+
+/// What it prints on standard error in addition, where the first line of "control" names that input.
+std::string input_reason(const std::string& name, const std::string& reason);
 
 /// A name in the file system that this process listens at.
 class listening_socket {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <string_view>
+#include <utility>
 
 #include "faults.hpp"
 
@@ -142,15 +143,29 @@ TEST(gaussian_input, that_is_no_file) {
     fs::create_symlink("circle", "circle");
     fs::create_symlink("missing", "nowhere");
     ::mkfifo("fifo", 0600);
-    for (const std::string name : {"folder", "socket", "circle", "nowhere", "fifo", "missing", "folder/", "fifo/below",
-                                   "/dev/null", "/dev/zero", "/dev/full", "/dev/stdin", ""}) {
+    const std::string not_regular = "Not a regular file";
+    const std::string missing = "No such file or directory";
+    const std::pair<std::string, std::string> rows[] = {{"folder", "Is a directory"},
+                                                        {"socket", "No such device or address"},
+                                                        {"circle", "Too many levels of symbolic links"},
+                                                        {"nowhere", missing},
+                                                        {"fifo", not_regular},
+                                                        {"missing", missing},
+                                                        {"folder/", "Is a directory"},
+                                                        {"fifo/below", "Not a directory"},
+                                                        {"/dev/null", not_regular},
+                                                        {"/dev/zero", not_regular},
+                                                        {"/dev/full", not_regular},
+                                                        {"/dev/stdin", not_regular},
+                                                        {"", ""}};
+    for (const auto& [name, reason] : rows) {
         SCOPED_TRACE(name);
         support::write_file("control", "&control fxyz = '" + name + "' /\n");
         const support::tree before = faults::tree_here();
         const support::outcome result = faults::run();
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.standard_output, faults::input_line(name));
-        EXPECT_EQ(result.standard_error, "");
+        EXPECT_EQ(result.standard_error, faults::input_reason(name, reason));
         EXPECT_EQ(faults::tree_here(), before);
     }
 }
@@ -163,7 +178,7 @@ TEST(gaussian_input, that_is_a_pipe_with_a_writer) {
     const support::outcome result = faults::run_in_shell("cat mol.gjf | \"$0\" control");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standard_output, faults::input_line("/dev/stdin"));
-    EXPECT_EQ(result.standard_error, "");
+    EXPECT_EQ(result.standard_error, faults::input_reason("/dev/stdin", "Not a regular file"));
     EXPECT_FALSE(fs::exists("PES-0"));
 }
 
@@ -179,7 +194,7 @@ TEST(gaussian_input, that_may_not_be_read) {
     const support::outcome result = faults::run_in_shell(as_user + "\"$0\" control");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.standard_output, faults::input_line("mol.gjf"));
-    EXPECT_EQ(result.standard_error, "");
+    EXPECT_EQ(result.standard_error, faults::input_reason("mol.gjf", "Permission denied"));
     EXPECT_FALSE(fs::exists("PES-0"));
 }
 

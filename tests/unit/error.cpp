@@ -41,4 +41,21 @@ TEST(error, shown_makes_any_text_fit_for_a_message) {
     EXPECT_EQ(base::shown(std::string(61, 'a')), std::string(60, 'a') + "... (1 more characters)");
 }
 
+TEST(error, keeps_its_detail) {
+    const base::run_error plain("what");
+    const base::run_error detailed("what", base::message_stream::standard_output, 1, "more");
+    EXPECT_EQ(plain.detail, "");
+    EXPECT_EQ(detailed.detail, "more");
+}
+
+TEST(error, byte_order_mark_hint_sees_the_marks_of_utf_8_and_utf_16) {
+    const std::string hint = "; the file begins with a byte order mark, save it as plain text without one";
+    for (const std::string start : {"\xef\xbb\xbf", "\xef\xbb\xbf&control", "\xff\xfe#", "\xfe\xff"}) {
+        EXPECT_EQ(base::byte_order_mark_hint(start), hint) << base::shown(start);
+    }
+    for (const std::string start : {"", "#", "\xef\xbb", " \xef\xbb\xbf", "\xff", "\xfe\xfe"}) {
+        EXPECT_EQ(base::byte_order_mark_hint(start), "") << base::shown(start);
+    }
+}
+
 }  // namespace

@@ -113,11 +113,11 @@ TEST(file_list, a_folder_that_cannot_be_made) {
     const support::scratch_folder scratch;
     std::filesystem::create_symlink("nowhere", "PES-0");  // mkdir says so itself, on standard error
     EXPECT_EQ(support::stopped_with([] { const file_list list(1, 6, 0.5); }),
-              "PES-0/files.out: cannot open for writing: No such file or directory|standard error|2");
+              "PES-0: cannot make the folder: a link of this name exists and leads to no folder|standard error|2");
     std::filesystem::remove("PES-0");
     support::write_file("PES-0", "a file");
     EXPECT_EQ(support::stopped_with([] { const file_list list(1, 6, 0.5); }),
-              "PES-0/files.out: cannot open for writing: Not a directory|standard error|2");
+              "PES-0: cannot make the folder: a file of this name exists|standard error|2");
     EXPECT_EQ(support::read_file("PES-0"), "a file");
 }
 

@@ -118,9 +118,9 @@ TEST_F(get_gjf_coord, stops_the_run_at_a_line_that_is_no_atom) {
     };
     const row rows[] = {
         {"O", "expected three numbers after the symbol 'O', found 0 and then no more fields"},
-        {"O 1 2", "expected three numbers after the symbol 'O', found 2 and then no more fields"},
-        {"O,1,2,", "expected three numbers after the symbol 'O', found 2 and then no more fields"},
-        {"O 1 2 /3", "expected three numbers after the symbol 'O', found 2 and then no more fields"},
+        {"O 1. 2", "expected three numbers after the symbol 'O', found 2 and then no more fields"},
+        {"O,1.,2,", "expected three numbers after the symbol 'O', found 2 and then no more fields"},
+        {"O 1. 2 /3", "expected three numbers after the symbol 'O', found 2 and then no more fields"},
         {"O/ 1 2 3", "expected three numbers after the symbol 'O', found 0 and then no more fields"},
         {"O 1,,3", "expected three numbers after the symbol 'O', found 1 and then nothing between two commas"},
         {"O , , 1 2 3", "expected three numbers after the symbol 'O', found 0 and then nothing between two commas"},
@@ -134,7 +134,7 @@ TEST_F(get_gjf_coord, stops_the_run_at_a_line_that_is_no_atom) {
         {"H1 1 2 " + std::string(70, 'x'),
          "expected three numbers after the symbol 'H1', found 2 and then "
          "'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx... (10 more characters)'"},
-        {"O 1 2 " + std::string(194, ' ') + "3",
+        {"O 1. 2 " + std::string(193, ' ') + "3",
          "expected three numbers after the symbol 'O', found 2 and then no more fields"},
         {"/ 1 2 3", "expected an element symbol and three numbers, found '/ 1 2 3'"},
         {"'O 1 2 3", "expected an element symbol and three numbers, found ''O 1 2 3'"},
@@ -149,6 +149,40 @@ TEST_F(get_gjf_coord, stops_the_run_at_a_line_that_is_no_atom) {
         EXPECT_EQ(message_of(3), "mol.gjf:7: " + std::string(tested.message) + "|standard error|2");
         expect_atom(1, "H ", 1.0, 2.0, 3.0);
         expect_untouched_from(3);
+    }
+}
+
+TEST_F(get_gjf_coord, says_where_a_line_is_one_of_a_z_matrix) {
+    const std::string hint =
+        "; this looks like a Z-matrix, Cartesian coordinates are needed: displacement_preparer makes them";
+    const std::string symbol_only = "expected three numbers after the symbol 'H', found 0 and then no more fields";
+    const std::string two_numbers = "expected three numbers after the symbol 'H', found 2 and then no more fields";
+    const std::string variable = "expected three numbers after the symbol 'H', found 1 and then 'R'";
+    struct row {
+        std::string before;
+        std::string line;
+        std::string message;
+    };
+    const row rows[] = {
+        {"", "H", symbol_only + hint},
+        {"O 0 0 0\n", "H", symbol_only},
+        {"O 0 0 0\n", "H 1 R", variable + hint},
+        {"O 0 0 0\n", "H 1 0.96", two_numbers + hint},
+        {"O 0 0 0\n", "H 2 R", variable},
+        {"O 0 0 0\n", "H 0 R", variable},
+        {"O 0 0 0\n", "H 1. R", variable},
+        {"O 0 0 0\n", "H 1 R 1", variable},
+        {"O 0 0 0\nH 0 0 1\n", "H 1 R", variable},
+        {"O 0 0 0\nH 0 0 1\n", "H 1 R 2 A", variable + hint},
+        {"O 0 0 0\nH 0 0 1\n", "H 1 R 3 A", variable},
+        {"O 0 0 0\nH 0 0 1\nH 0 1 0\n", "H 1 R 2 A 3 D", variable + hint},
+    };
+    for (const row& tested : rows) {
+        SCOPED_TRACE(tested.before + tested.line);
+        support::write_file("mol.gjf", head + tested.before + tested.line + "\n");
+        const auto number = 6 + std::count(tested.before.begin(), tested.before.end(), '\n');
+        EXPECT_EQ(message_of(static_cast<int>(number) - 5),
+                  "mol.gjf:" + std::to_string(number) + ": " + tested.message + "|standard error|2");
     }
 }
 

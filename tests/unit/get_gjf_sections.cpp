@@ -102,7 +102,12 @@ TEST_F(get_gjf_sections, that_are_missing_stop_the_run) {
          "that begins with '#'|standard error|2"},
         {"#\n\nt\n0 1\nH 0 0 0\n", 2,
          "mol.gjf:4: expected a blank line that ends the title section, found the end of the file (line 5); the route "
-         "line is line 1, the last one that begins with '#'|standard error|2"},
+         "line is line 1, the last one that begins with '#'; lines 3 to 5 count as the title, is a blank line missing?"
+         "|standard error|2"},
+        {"#\n\nt\n0 1\nH 0 0 0\n\n", 2,
+         "mol.gjf:6: expected a charge and multiplicity line, found the end of the file (line 6); the route line is "
+         "line 1, the last one that begins with '#'; lines 3 to 5 count as the title, is a blank line missing?"
+         "|standard error|2"},
         {"#\n\nt", 2,
          "mol.gjf:3: expected a blank line that ends the title section, found the end of the file (line 3); the route "
          "line is line 1, the last one that begins with '#'|standard error|2"},

@@ -324,7 +324,16 @@ TEST(read_control, mistakes_in_the_group) {
         {"&control\n\n=2/", "3: expected 'key = value' or the '/' that ends the group, found '='"},
         {"&control\n dx\n/", "2: expected 'key = value' or the '/' that ends the group, found 'dx'"},
         {"&control\n dx 2\n/", "2: expected 'key = value' or the '/' that ends the group, found 'dx'"},
-        {"&control dx=0,5/", "1: expected 'key = value' or the '/' that ends the group, found '5'"},
+        {"&control dx=0,5/",
+         "1: expected 'key = value' or the '/' that ends the group, found '5'; a real number has "
+         "a decimal point, not a comma"},
+        {"&control dx=1 5/", "1: expected 'key = value' or the '/' that ends the group, found '5'"},
+        {"&control dx=1, 5/", "1: expected 'key = value' or the '/' that ends the group, found '5'"},
+        {"&control dx=1,5e-3/",
+         "1: expected 'key = value' or the '/' that ends the group, found '5e-3'; a real number "
+         "has a decimal point, not a comma"},
+        {"&control dx=1,symm/", "1: expected 'key = value' or the '/' that ends the group, found 'symm'"},
+        {"&control disp_sign=1,5/", "1: expected 'key = value' or the '/' that ends the group, found '5'"},
         {"&control\n dx=2 3\n/", "2: expected 'key = value' or the '/' that ends the group, found '3'"},
         {"&control dx:2/", "1: expected 'key = value' or the '/' that ends the group, found 'dx:2'"},
         {"&control dx=2 &end", "1: expected 'key = value' or the '/' that ends the group, found '&end'"},

@@ -210,6 +210,25 @@ TEST(run, kinds_of_atoms) {
     }
 }
 
+TEST(run, explains_an_input_that_does_not_open) {
+    const support::scratch_folder scratch;
+    const auto detail_of = [](std::string_view fxyz, const std::string& place) {
+        generator::control with = settings(fxyz);
+        with.fxyz_place = place;
+        try {
+            generator::run(with);
+        } catch (const base::run_error& error) {
+            return error.detail;
+        }
+        return std::string("no error");
+    };
+    const std::string here = std::filesystem::current_path().string();
+    EXPECT_EQ(detail_of("a b.gjf", "x/control:7"),
+              "x/control:7: key 'fxyz': cannot open 'a b.gjf' in the folder '" + here + "': No such file or directory");
+    EXPECT_EQ(detail_of("/", "control:2"), "control:2: key 'fxyz': cannot open '/': Is a directory");
+    EXPECT_EQ(detail_of("", "control"), "control: key 'fxyz': expected the path of the Gaussian input, found none");
+}
+
 TEST(run, what_stops_it_before_anything_is_written) {
     struct row {
         std::string_view name;
@@ -222,7 +241,7 @@ TEST(run, what_stops_it_before_anything_is_written) {
         {"a missing input", "other.gjf", "",
          " Error in opening file 'other.gjf' in function num_file_lines, stop!|standard output|1"},
         {"a folder", ".", "", " Error in opening file '.' in function num_file_lines, stop!|standard output|1"},
-        {"a field too few", "mol.gjf", "O 0 0 0\nH 1 2\n\n",
+        {"a field too few", "mol.gjf", "O 0 0 0\nH 1.0 2\n\n",
          "mol.gjf:7: expected three numbers after the symbol 'H', found 2 and then no more fields|standard error|2"},
         {"a field that is no number", "mol.gjf", "O 0 a 0\n\n",
          "mol.gjf:6: expected three numbers after the symbol 'O', found 1 and then 'a'|standard error|2"},
@@ -264,7 +283,7 @@ TEST(run, a_folder_that_cannot_be_made) {
     support::write_file("mol.gjf", std::string(head) + std::string(water));
     support::write_file("PES-0", "a file");  // mkdir says so itself, on standard error
     EXPECT_EQ(support::stopped_with([] { generator::run(settings()); }),
-              "PES-0/files.out: cannot open for writing: Not a directory|standard error|2");
+              "PES-0: cannot make the folder: a file of this name exists|standard error|2");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "base/text.hpp"
@@ -14,6 +15,7 @@ struct control {
     base::text<200> fxyz;    ///< the Gaussian input
     double dx = 0.001F;      ///< step, in the units of the input: the single-precision 0.001, widened
     bool std_orient = true;  ///< whether the molecule is turned into standard orientation
+    std::string fxyz_place;  ///< where fxyz is set, "FILE:LINE", or the control file alone; for messages
     int disp_sign = -1;      ///< 1: the first step of each pair is labelled "+"; anything else: the second
 };
 

@@ -20,6 +20,9 @@ class file_list {
     ///   columns 1-17 "Number of atoms: "  18-23 natom      I6
     ///   columns 1-17 "Number of files: "  18-23 ncalc + 1  I6, with the reference geometry
     ///   columns 1-3  "dx="                 4-13 dx         F10.6
+    ///
+    /// The list stays locked until it is closed. Where another run has it locked, this run stops and has changed
+    /// nothing.
     file_list(int natom, int ncalc, double dx);
 
     /// The end of the list so far, to be appended to; end_line() ends the line.
@@ -36,6 +39,9 @@ class file_list {
 
     /// Ends the list with this line and closes it.
     void close(std::string_view last_line);
+
+    static constexpr long long head_size = 24 + 24 + 14;  ///< bytes of the three head lines
+    static constexpr long long name_size = 31;            ///< bytes of the line of a geometry file
 
   private:
     static constexpr std::size_t large_write = 1 << 16;

@@ -83,7 +83,22 @@ void write_geometry(std::string_view tag, const image& geometry, file_list& list
     output.close();
 }
 
+long long lines_size(base::view1<const base::text<500>> lines, int first, int last) {
+    long long size = 0;
+    for (int i = first; i <= last; ++i) {
+        size += static_cast<long long>(lines(i).trimmed().size()) + 1;
+    }
+    return size;
+}
+
 }  // namespace
+
+long long geometry_file_size(base::view1<const base::text<500>> lines, int icharge, int iatom_end, int nline,
+                             int natom) {
+    constexpr long long empty_line = 1;
+    return lines_size(lines, 1, icharge) + static_cast<long long>(natom) * atom_line_size +
+           lines_size(lines, iatom_end + 1, nline) + empty_line;
+}
 
 void write_geometry_files(base::view1<const base::text<500>> lines, int icharge, int iatom_end, int nline, int natom,
                           int ndig_natom, base::view1<const base::text<2>> symbol, base::view2<const double> x,

@@ -27,4 +27,8 @@ void write_geometry_files(base::view1<const base::text<500>> lines, int icharge,
                           double dx, int disp_sign, base::view1<const bool> f_calc, file_list& list,
                           base::view1<base::text<200>> fnames);
 
+/// How many bytes each of these files has. Arguments as above.
+long long geometry_file_size(base::view1<const base::text<500>> lines, int icharge, int iatom_end, int nline,
+                             int natom);
+
 }  // namespace displacement_generator::generator

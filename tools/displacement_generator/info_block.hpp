@@ -30,4 +30,7 @@ void write_info_block(int ipg, int nop, base::view1<const int> ops, base::view1<
                       base::view1<const bool> f_calc, base::view1<const int> m_calc, base::view1<const int> m_symm,
                       base::view1<const base::text<200>> fnames, file_list& list);
 
+/// How many bytes the info block has. Arguments as above.
+long long info_block_size(int nop, int natom, int ndisp);
+
 }  // namespace displacement_generator::generator

@@ -45,7 +45,11 @@ int main(int argc, char** argv) {
         return 0;
     } catch (const base::run_error& error) {
         if (error.stream == base::message_stream::standard_output) {
-            return stopped(STDOUT_FILENO, error.what(), error.exit_status);
+            static_cast<void>(stopped(STDOUT_FILENO, error.what(), error.exit_status));
+            if (!error.detail.empty()) {
+                static_cast<void>(stopped(error.detail));
+            }
+            return error.exit_status;
         }
         return stopped(error.what());
     } catch (const std::bad_alloc&) {

@@ -38,8 +38,9 @@ std::string in_words(place at) { return "line " + std::to_string(at.line) + ", c
 struct group {
     control_source& source;
     control& settings;
-    place start = {};      ///< of the group
-    place long_text = {};  ///< of the last text that ran over several lines; line 0 without one
+    place start = {};       ///< of the group
+    place long_text = {};   ///< of the last text that ran over several lines; line 0 without one
+    place past_comma = {};  ///< right after a real number and its comma: digits here were meant as decimals
 
     [[nodiscard]] place here() const { return {source.line(), source.column()}; }
 
@@ -84,6 +85,7 @@ std::string shown_word(const std::string& word) { return word.empty() ? "=" : ba
 /// Passes over the lines whose first word does not open the group.
 void find_group(group& g) {
     control_source& source = g.source;
+    std::string hint;
     while (source.peek() != end_of_file) {
         while (source.peek() == ' ' || source.peek() == '\t') {
             source.take();
@@ -96,10 +98,13 @@ void find_group(group& g) {
         if (lower_case(word) == group_opener) {
             return;
         }
+        if (g.start == place{1, 1}) {
+            hint = base::byte_order_mark_hint(word);
+        }
         skip_line(source);
         source.take();
     }
-    g.stop(g.here(), "expected a line whose first word is '&control', found the end of the file");
+    g.stop(g.here(), "expected a line whose first word is '&control', found the end of the file" + hint);
 }
 
 [[noreturn]] void value_error(const group& g, place at, const std::string& key, const std::string& expected,
@@ -191,7 +196,9 @@ void read_assignment(group& g) {
     const std::string key = lower_case(found);
     skip_blanks(source);
     if (found.empty() || source.peek() != '=') {
-        g.stop(at, "expected 'key = value' or the '/' that ends the group, found '" + shown_word(found) + "'");
+        const bool decimals = at == g.past_comma && !found.empty() && found.front() >= '0' && found.front() <= '9';
+        g.stop(at, "expected 'key = value' or the '/' that ends the group, found '" + shown_word(found) + "'" +
+                       (decimals ? "; a real number has a decimal point, not a comma" : ""));
     }
     source.take();
     skip_blanks(source);
@@ -203,9 +210,13 @@ void read_assignment(group& g) {
     } else if (key == "task") {
         set(g, key, settings.task);
     } else if (key == "fxyz") {
+        settings.fxyz_place = g.source.name() + ":" + std::to_string(g.source.line());
         set(g, key, settings.fxyz);
     } else if (key == "dx") {
         set(g, key, settings.dx);
+        if (g.source.peek() == ',') {
+            g.past_comma = {g.source.line(), g.source.column() + 1};
+        }
     } else if (key == "std_orient") {
         set(g, key, settings.std_orient);
     } else if (key == "disp_sign") {
@@ -243,6 +254,7 @@ control read_control(std::string_view path) {
     }
     control settings;
     control_source source(name.trimmed());
+    settings.fxyz_place = source.name();
     group g{source, settings};
     find_group(g);
     read_group(g);

@@ -1,12 +1,17 @@
 #include "run.hpp"
 
+#include <unistd.h>
+
+#include <climits>
 #include <limits>
 #include <string>
+#include <string_view>
 
 #include "base/array.hpp"
 #include "base/error.hpp"
 #include "element/element.hpp"
 #include "file/file.hpp"
+#include "file/output_file.hpp"
 #include "file_list.hpp"
 #include "geometry_files.hpp"
 #include "gjf/gjf.hpp"
@@ -21,6 +26,19 @@ namespace {
 constexpr double tol = 0.001F;
 
 constexpr int nop_max = 8;
+
+/// What the user is told of an input that does not open: where its name comes from, and where it was looked for.
+std::string explained(const control& settings, const std::string& reason) {
+    const std::string_view name = settings.fxyz.trimmed();
+    const std::string key = settings.fxyz_place + ": key 'fxyz': ";
+    if (name.empty()) {
+        return key + "expected the path of the Gaussian input, found none";
+    }
+    char folder[PATH_MAX];
+    const bool relative = name.front() != '/' && ::getcwd(folder, sizeof folder) != nullptr;
+    return key + "cannot open '" + base::shown(name, 200) + "'" +
+           (relative ? " in the folder '" + base::shown(folder, 200) + "'" : "") + ": " + reason;
+}
 
 /// A number for each displacement must fit an integer.
 int displacement_count(int natom) {
@@ -82,9 +100,7 @@ void set_no_symmetry(int natom, int ndisp, int& ncalc, base::view1<int> m_calc, 
     }
 }
 
-}  // namespace
-
-void run(const control& settings) {
+void run_stages(const control& settings) {
     const base::text<200>& fxyz = settings.fxyz;
 
     const int nline = file::num_file_lines(fxyz);
@@ -136,11 +152,33 @@ void run(const control& settings) {
         set_no_symmetry(natom, ndisp, ncalc, m_calc, jrels, f_calc, opr, op_name, ipg, nop, ops, m_symm);
     }
 
-    file_list list(natom, ncalc, settings.dx);
-    write_geometry_files(lines, icharge, iatom_end, nline, natom, ndig_natom, symbol, x, settings.dx,
-                         settings.disp_sign, f_calc, list, fnames);
-    write_info_block(ipg, nop, ops, opr, op_name, natom, jrels, nat, symbol, ndisp, ncalc, f_calc, m_calc, m_symm,
-                     fnames, list);
+    try {
+        file_list list(natom, ncalc, settings.dx);
+        write_geometry_files(lines, icharge, iatom_end, nline, natom, ndig_natom, symbol, x, settings.dx,
+                             settings.disp_sign, f_calc, list, fnames);
+        write_info_block(ipg, nop, ops, opr, op_name, natom, jrels, nat, symbol, ndisp, ncalc, f_calc, m_calc, m_symm,
+                         fnames, list);
+    } catch (const file::no_room& full) {
+        const long long files = ncalc + 1LL;
+        const long long bytes =
+            file_list::head_size + info_block_size(nop, natom, ndisp) +
+            files * (file_list::name_size + geometry_file_size(lines, icharge, iatom_end, nline, natom));
+        throw base::run_error(std::string(full.what()) + "; the whole run needs " + std::to_string(bytes) +
+                              " bytes in " + std::to_string(files + 1) + " files");
+    }
+}
+
+}  // namespace
+
+void run(const control& settings) {
+    try {
+        run_stages(settings);
+    } catch (const base::run_error& error) {
+        if (error.stream != base::message_stream::standard_output) {
+            throw;
+        }
+        throw base::run_error(error.what(), error.stream, error.exit_status, explained(settings, error.detail));
+    }
 }
 
 }  // namespace displacement_generator::generator
