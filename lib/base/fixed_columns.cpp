@@ -33,7 +33,7 @@ std::uint64_t scaled(double magnitude, std::uint32_t power_of_ten) {
     return tie ? rounded - rounded % 2 : rounded;
 }
 
-/// The digits of a magnitude below `short_limit` with at most `short_decimals` behind its point, before `last`. Result:
+/// The digits of a magnitude below `short_limit` with at most `short_decimals` after its point, before `last`. Result:
 /// where the first one stands.
 char* put_short_magnitude(char* last, int decimals, double magnitude) {
     std::uint64_t rest = scaled(magnitude, powers_of_ten[decimals]);

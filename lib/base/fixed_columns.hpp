@@ -35,7 +35,7 @@ inline void put_integer(char* field, int width, int value) {  // here, as most c
     }
 }
 
-/// Writes a real in fixed notation with `decimals` digits behind the point, right-justified. It is rounded from its
+/// Writes a real in fixed notation with `decimals` digits after the point, right-justified. It is rounded from its
 /// exact binary value, a tie to the even digit; a minus sign is kept by a negative zero and by what rounds to zero.
 /// What is not finite shows as Infinity, -Infinity or NaN.
 ///   field     out  `width` characters

@@ -22,8 +22,8 @@ std::string_view without_leading_blanks(std::string_view record) {
     return record;
 }
 
-/// `rest` behind a field: one comma belongs to the field before it.
-std::string_view behind_separator(std::string_view rest) {
+/// `rest` after a field: one comma belongs to the field before it.
+std::string_view after_separator(std::string_view rest) {
     rest = without_leading_blanks(rest);
     if (!rest.empty() && rest.front() == ',') {
         rest.remove_prefix(1);
@@ -157,7 +157,7 @@ field_kind next_field(std::string_view& rest, std::string_view& field) {
         ++size;
     }
     field = rest.substr(0, size);
-    rest = behind_separator(rest.substr(field.size()));
+    rest = after_separator(rest.substr(field.size()));
     return field.empty() ? field_kind::null : field_kind::value;
 }
 
@@ -176,7 +176,7 @@ field_kind next_text(std::string_view& rest, text_ref item) {
     for (std::size_t i = 1; i < record.size(); ++i) {
         if (record[i] == mark) {
             if (i + 1 == record.size() || record[i + 1] != mark) {
-                rest = behind_separator(record.substr(i + 1));
+                rest = after_separator(record.substr(i + 1));
                 item.assign(value);
                 return field_kind::value;
             }

@@ -29,7 +29,7 @@ enum class field_kind { value, null, end };
 enum class number_status { ok, not_a_number, out_of_range };
 
 /// Reads a whole field as a real: an optional sign, digits with or without a decimal point, and optionally an exponent
-/// behind E, e, D or d with its own optional sign. The result is the double nearest to what is written; a value too
+/// after E, e, D or d with its own optional sign. The result is the double nearest to what is written; a value too
 /// small for one is a zero of its sign, a value too large is out of range.
 [[nodiscard]] number_status read_real(std::string_view field, double& value);
 

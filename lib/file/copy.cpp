@@ -49,7 +49,7 @@ void file::copy(std::string_view src, std::string_view dst) {
     }
     const int to = open_to_write(dst, unused);
     if (from >= 0 && to >= 0 && !copy_in_kernel(from, to)) {
-        copy_in_blocks(from, to);  // goes on from where the kernel stopped
+        copy_in_blocks(from, to);  // continues where the kernel stopped
     }
     for (const int descriptor : {from, to}) {
         if (descriptor >= 0) {

@@ -42,7 +42,7 @@ int write_all(int descriptor, std::string_view bytes);
 /// Closes a descriptor. Result: 0, or errno. It is closed in any case and must not be closed again.
 int close_descriptor(int descriptor);
 
-/// Whether an open file is the one that a name stands for.
+/// Whether an open file is the one with this name.
 ///   fname  in  trailing blanks are not part of the name
 bool is_same_file(int descriptor, std::string_view fname);
 

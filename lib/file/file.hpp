@@ -19,7 +19,7 @@
 
 namespace displacement_generator::file {
 
-// ---- Unit numbers. One table for the whole process says which open stream a unit number stands for. Units 5 and 6 are
+// ---- Unit numbers. One table for the whole process says which open stream belongs to a unit number. Units 5 and 6 are
 // standard input and standard output.
 
 enum class action { read, write };
@@ -59,12 +59,13 @@ void write_record(int fid, std::string_view record);
 // ---- Text file access
 
 /// The number of records of a text file. A file that cannot be opened stops the run with exit status 1 and a message on
-/// standard output: " Error in opening file 'FNAME' in function num_file_lines, stop!". A file that cannot be read, or
+/// standard output: " Error in opening file 'FNAME' in function num_file_lines, stop!"; the error's detail is the
+/// system's reason. A file that cannot be read, or
 /// that has more records than an integer counts, stops it too.
 [[nodiscard]] int num_file_lines(std::string_view fname);
 
-/// The longest record that a connection to the file accepts: 2147483647. A file that cannot be opened has none; that is
-/// told in two lines on standard output, and the result is 132.
+/// The longest record that a connection to the file accepts: 2147483647. A file that cannot be opened has none: two
+/// lines on standard output say so, and the result is 132.
 [[nodiscard]] int num_file_recl(std::string_view fname);
 
 /// Reads the first records of a text file. A file that cannot be opened or read, or that has fewer records, stops the
@@ -76,7 +77,7 @@ void read_lines(std::string_view fname, int nline, base::text_view lines);
 
 /// Reads a square matrix that is printed in blocks of columns: each block one line that is passed over, then for every
 /// row one line with the row's number and the row's values in the columns of the block, in free format.
-///   fid  in   a unit positioned at the first block; it stays open, behind the last row of the last block
+///   fid  in   a unit positioned at the first block; it stays open, after the last row of the last block
 ///   n    in   order of the matrix
 ///   a    out  elements (1..n, 1..n); whatever was read stays when the run stops
 ///   nb   in   columns of a block; at least 1
@@ -84,7 +85,7 @@ void read_lines(std::string_view fname, int nline, base::text_view lines);
 void read_block_data(int fid, int n, base::view2<double> a, int nb);
 
 /// Finds the next record that contains a word.
-///   fid   in   a unit connected for reading; left behind the record found, or at the end
+///   fid   in   a unit connected for reading; it is left after the record found, or at the end
 ///   word  in   what to look for, with all its characters, trailing blanks included
 ///   line  out  the record last read, cut or padded; the word is looked for in this text
 /// Result: 1 when `line` contains the word, 0 when a read failed first. A first read that fails leaves `line` as it
@@ -97,9 +98,9 @@ void read_block_data(int fid, int n, base::view2<double> a, int nb);
 
 /// The characters before the last "/"; nothing when that is the first character.
 [[nodiscard]] std::string_view name_dir(std::string_view name);
-/// The characters behind the last "/", or all of them without one.
+/// The characters after the last "/", or all of them without one.
 [[nodiscard]] std::string_view name_base(std::string_view name);
-/// The characters behind the last "." of the whole name, be there a "/" behind it or not.
+/// The characters after the last "." of the whole name, even if a "/" comes after that.
 [[nodiscard]] std::string_view name_ext(std::string_view name);
 /// name_base up to its last ".", or all of it without one.
 [[nodiscard]] std::string_view name_main(std::string_view name);

@@ -27,7 +27,7 @@ struct record_reader {
 /// Result: false when there is no further record.
 bool next_record(record_reader& reader, std::size_t longest, std::string_view& record);
 
-/// Makes sure that the block has room for a record of `longest` characters, and fills the room behind `end`.
+/// Makes sure that the block has room for a record of `longest` characters, and fills the room after `end`.
 /// Result: false when nothing more came.
 bool fill_block(record_reader& reader, std::size_t longest);
 

@@ -24,7 +24,7 @@ class connection {
     [[nodiscard]] const std::string& reason() const { return reason_; }
     /// Stops the run with that reason, where there is one.
     void require() const;
-    /// Disconnects the unit now, so that what fails in it is told.
+    /// Disconnects the unit now, so that a failure is reported.
     void close(disposition what = disposition::keep) const { close_unit(fid_, what); }
 
   private:
@@ -36,7 +36,7 @@ class connection {
 /// The reader of a unit; null when the unit is not connected for reading.
 record_reader* reader_of(int fid);
 
-/// Takes a record that must be there; where it is not, the run stops.
+/// Takes a record that must exist; if it does not, the run stops.
 ///   reader   in/out  of unit fid
 ///   longest  in      as for next_record
 ///   i        in      number of the record

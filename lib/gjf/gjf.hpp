@@ -9,7 +9,7 @@
 //
 //   any lines                      link-0 lines, for example; not looked at
 //   route section                  from the last line of the file that begins with "#" to the next blank line
-//   title section                  from the line behind that blank line to the next one, at least one line
+//   title section                  from the line after that blank line to the next one, at least one line
 //   charge and multiplicity        one line, not looked at
 //   atom lines                     to the next blank line or the end of the file: symbol x y z
 //   anything                       not looked at
@@ -37,7 +37,7 @@ void get_gjf_title_linenumber(std::string_view fname, int& ititle);
 /// Line number of the charge and multiplicity line. The first title line is taken as one even if it is blank.
 void get_gjf_charge_linenumber(std::string_view fname, int& icharge);
 
-/// Line number of the first atom line: one more than that of the charge line, be there an atom or not.
+/// Line number of the first atom line: one more than that of the charge line, even if there is no atom.
 void get_gjf_atom_linenumber(std::string_view fname, int& iatom);
 
 /// Number of atom lines.

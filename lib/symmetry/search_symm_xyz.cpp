@@ -54,17 +54,17 @@ carries find_carries(base::view2<const double> r, double tol) {
 /// costs no more than there are, whatever the correspondence is.
 struct atom_chains {
     base::array2<int> first;  ///< (natom, 8) the lowest j, or 0
-    base::array2<int> next;   ///< (natom, 8) the next j behind j, or 0
+    base::array2<int> next;   ///< (natom, 8) the next j after j, or 0
 
     atom_chains(int natom, base::view2<const int> jrels)
         : first("first", natom, tested_operations), next("next", natom, tested_operations) {
         for (int g = 1; g <= tested_operations; ++g) {
             const int* image = jrels.column(g).first_of(natom);  // atom j is element j - 1
             int* lowest = first.column(g).first_of(natom);
-            int* behind = next.column(g).first_of(natom);
+            int* after = next.column(g).first_of(natom);
             for (int j = natom; j >= 1; --j) {
                 if (const int i = image[j - 1]; i >= 1 && i <= natom) {
-                    behind[j - 1] = lowest[i - 1];
+                    after[j - 1] = lowest[i - 1];
                     lowest[i - 1] = j;
                 }
             }

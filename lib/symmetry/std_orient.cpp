@@ -9,7 +9,7 @@ namespace {
 
 enum point_group_index { pg_c1 = 1, pg_cs, pg_c2, pg_c2v, pg_d2h, pg_ci, pg_c2h, pg_d2 };
 
-/// No turn: the molecule stands as it should.
+/// No turn: the orientation is right already.
 constexpr int no_turn = 0;
 
 struct rule {
@@ -34,7 +34,7 @@ void turn_by(int k, int natom, base::view2<double> x, bool std_orient) {
 /// C2h and C2v: the axis becomes z.
 int axis_turn(base::view1<const bool> op) { return op(c2y) ? c4x : op(c2x) ? c4y : no_turn; }
 
-/// A planar molecule with its axis on z comes to lie in the yz plane.
+/// Turns a planar molecule with its axis on z into the yz plane.
 void turn_plane(int natom, base::view2<double> x, bool std_orient) {
     constexpr double planar = 1e-6;
     bool all_y_zero = true;

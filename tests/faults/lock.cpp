@@ -119,6 +119,17 @@ TEST(lock, goes_with_a_process_that_is_killed) {
     }
 }
 
+/// A signal may interrupt the call of the system: it is made again, and the lock seen.
+TEST(lock, is_asked_for_again_after_an_interruption) {
+    const support::scratch_folder scratch;
+    faults::write_inputs();
+    other_run first("control", with_failing("write", "stopped", "PES-0/files.out"));
+    ASSERT_TRUE(first.stops());
+    const support::outcome second = faults::run(with_failing("lock", "interrupted"));
+    EXPECT_EQ(second.status, 2);
+    EXPECT_EQ(second.standard_error, faults::error_line(refused));
+}
+
 TEST(lock, of_one_folder_does_not_hinder_another) {
     const support::scratch_folder scratch;
     fs::create_directory("one");

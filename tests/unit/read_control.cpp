@@ -288,16 +288,16 @@ TEST(read_control, a_text_value_must_stand_between_marks) {
         {"&control task=T/", "1: key 'task': expected a text between apostrophes or quotation marks, found 'T'"},
         {"&control qctype=1/", "1: key 'qctype': expected a text between apostrophes or quotation marks, found '1'"},
         {"&control fxyz='a'b/",
-         "1: key 'fxyz': expected a blank, a comma or the end of the line behind the text, found 'b'"},
+         "1: key 'fxyz': expected a blank, a comma or the end of the line after the text, found 'b'"},
         {"&control fxyz='a'\"b\"/",
-         "1: key 'fxyz': expected a blank, a comma or the end of the line behind the text, found '\"b\"'"},
+         "1: key 'fxyz': expected a blank, a comma or the end of the line after the text, found '\"b\"'"},
         {"&control\n\n fxyz='a\n/\n", "3: key 'fxyz': the text that begins on line 3, column 7 has no end"},
         {"&control\ntask='a\n' fxyz='b\n/\n", "3: key 'fxyz': the text that begins on line 3, column 8 has no end"},
         {"&control fxyz='", "1: key 'fxyz': the text that begins on line 1, column 15 has no end"},
         {"&control fxyz='a\"/", "1: key 'fxyz': the text that begins on line 1, column 15 has no end"},
         {"&control fxyz='a''/", "1: key 'fxyz': the text that begins on line 1, column 15 has no end"},
         {"&control\n fxyz='a\n task='b'\n/",
-         "3: key 'fxyz': expected a blank, a comma or the end of the line behind the text, found 'b''; the text that "
+         "3: key 'fxyz': expected a blank, a comma or the end of the line after the text, found 'b''; the text that "
          "begins on line 2, column 7 runs over several lines, is its end missing?"},
     });
 }

@@ -19,8 +19,8 @@ struct control {
     int disp_sign = -1;      ///< 1: the first step of each pair is labelled "+"; anything else: the second
 };
 
-/// Reads the settings from the namelist group `control` of a control file, the first one in the file; nothing behind it
-/// is looked at. The file may be a pipe.
+/// Reads the settings from the namelist group `control` of a control file, the first one in the file; whatever follows
+/// it is not read. The file may be a pipe.
 ///   path  in  the control file: of a longer text the first 200 characters, without trailing blanks
 /// A file that cannot be read, has no such group within the first 1048576 bytes, or a group with a mistake in it stops
 /// the run with a message that names the file and, where there is one, the line.

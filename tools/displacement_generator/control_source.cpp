@@ -35,8 +35,8 @@ control_source::~control_source() {
 int control_source::peek() {
     const int c = peek_byte(0);
     if (c == '\r') {
-        const int behind = peek_byte(1);
-        return behind == '\n' || behind == end_of_file ? '\n' : c;
+        const int next = peek_byte(1);
+        return next == '\n' || next == end_of_file ? '\n' : c;
     }
     return c;
 }

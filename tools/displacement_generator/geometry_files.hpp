@@ -14,7 +14,7 @@ namespace displacement_generator::generator {
 ///   iatom_end   in   line number of the last atom line
 ///   nline       in   number of lines
 ///   natom       in   number of atoms
-///   ndig_natom  in   number of digits of natom, of which every atom number in a name has as many
+///   ndig_natom  in   number of digits of natom: every atom number in a name has as many
 ///   symbol      in   (1..natom) element symbols
 ///   x           in   (3, natom) coordinates, in the units of the input
 ///   dx          in   step, in the same units

@@ -20,7 +20,7 @@ using namespace displacement_generator;
 namespace {
 
 int stopped(int descriptor, const std::string& line, int exit_status) {
-    file::write_all(descriptor, line + '\n');  // where even this fails the status still tells
+    file::write_all(descriptor, line + '\n');  // if even this fails, the status still says it
     return exit_status;
 }
 

@@ -175,7 +175,7 @@ void read_value(group& g, const std::string& key, base::text<200>& value) {
     }
     if (!is_separator(source.peek())) {
         const place at = g.here();
-        value_error(g, at, key, "a blank, a comma or the end of the line behind the text", take_word(source));
+        value_error(g, at, key, "a blank, a comma or the end of the line after the text", take_word(source));
     }
     value = std::string_view(text);
 }

@@ -27,7 +27,7 @@ constexpr double tol = 0.001F;
 
 constexpr int nop_max = 8;
 
-/// What the user is told of an input that does not open: where its name comes from, and where it was looked for.
+/// The message about an input that does not open: where its name is set, where it was looked for, and the reason.
 std::string explained(const control& settings, const std::string& reason) {
     const std::string_view name = settings.fxyz.trimmed();
     const std::string key = settings.fxyz_place + ": key 'fxyz': ";
