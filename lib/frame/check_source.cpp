@@ -14,7 +14,7 @@ namespace {
 
 std::string number(double value) {
     char text[32];
-    std::snprintf(text, sizeof text, "%.10g", value);
+    static_cast<void>(std::snprintf(text, sizeof text, "%.10g", value));  // 32 characters hold any
     return text;
 }
 
