@@ -67,8 +67,8 @@ def read_text(path):
 
 
 def records(text):
-    """The lines; LF and CR LF end a line, and so does the end of the file when anything stands before it."""
-    lines = re.split(r"\r?\n", text)
+    """The lines; LF and CR LF end a line, and so does the end of the file, or a last CR, when anything stands before it."""
+    lines = re.split(r"\r?\n|\r\Z", text)
     return lines if lines[-1] else lines[:-1]
 
 
@@ -91,9 +91,12 @@ TOKEN = re.compile(
 
 
 def text_value(token):
-    """What stands between the quotation marks, a doubled mark being one; 200 characters, trailing blanks dropped."""
+    """What stands between the quotation marks, a doubled mark being one; 200 characters, trailing blanks dropped.
+
+    A text may go on in the next line; the line end is no part of it.
+    """
     mark = token[0]
-    return token[1:-1].replace(mark * 2, mark)[:200].rstrip(" ")
+    return re.sub(r"\r?\n", "", token[1:-1]).replace(mark * 2, mark)[:200].rstrip(" ")
 
 
 def logical_value(token):
