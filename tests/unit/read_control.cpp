@@ -352,6 +352,44 @@ TEST(read_control, mistakes_in_the_group) {
     });
 }
 
+/// A message names the line of what is wrong: of a value, where the value stands, not where its key does.
+TEST(read_control, mistakes_in_assignments_over_several_lines) {
+    const std::string seven = "expected one of symm, qctype, task, fxyz, dx, std_orient, disp_sign";
+    const std::string logical = ": expected a logical value (T, F, .true. or .false.), found ";
+    const std::string integer = "': expected an integer from -2147483648 to 2147483647, found ";
+    const std::string marks = ": expected a text between apostrophes or quotation marks, found ";
+    const std::string behind = ": expected a blank, a comma or the end of the line behind the text, found ";
+    expect_errors({
+        {"&control\nsymm\n=\nyes\n/", "4: key 'symm'" + logical + "'yes'"},
+        {"&control\r\nsymm\r\n=\r\nyes\r\n/", "4: key 'symm'" + logical + "'yes'"},
+        {"&control\nstd_orient\n\n=\n\n1\n/", "6: key 'std_orient'" + logical + "'1'"},
+        {"&control\ndx ! the step\n! or so\n= ! is\n! not\nsmall\n/",
+         "6: key 'dx': expected a real number, found 'small'"},
+        {"&control\ndx\n=\n1d400\n/",
+         "4: key 'dx': expected a real number within the range of double precision, found '1d400'"},
+        {"&control\ndisp_sign\n=\n1.5\n/", "4: key 'disp_sign" + integer + "'1.5'"},
+        {"&control\ndisp_sign\n=\n2147483648\n/", "4: key 'disp_sign" + integer + "'2147483648'"},
+        {"&control\nfxyz\n=\nmol.gjf\n/", "4: key 'fxyz'" + marks + "'mol.gjf'"},
+        {"&control\ntask\n=\n=\n/", "4: key 'task'" + marks + "'='"},
+        {"&control\nqctype\n=\n'a'b\n/", "4: key 'qctype'" + behind + "'b'"},
+        {"&control\nfxyz\n=\n  'a\n/\n", "4: key 'fxyz': the text that begins on line 4, column 3 has no end"},
+        {"&control\nfxyz\n=\n'a\nb'c\n/",
+         "5: key 'fxyz'" + behind +
+             "'c'; the text that begins on line 4, column 1 runs over several lines, is its end missing?"},
+        {"&control\nfxyz\n=\n'a\nb'\nsymm\n=\nyes\n/",
+         "8: key 'symm'" + logical +
+             "'yes'; the text that begins on line 4, column 1 runs over several lines, is its end missing?"},
+        {"&control\nsteps\n=\n2\n/", "2: unknown key 'steps', " + seven},
+        {"&control\n\nsteps\n\n=\n'a'\n/", "3: unknown key 'steps', " + seven},
+        {"&control\ndx\n2\n/", "2: expected 'key = value' or the '/' that ends the group, found 'dx'"},
+        {"&control\ndx\n\n/", "2: expected 'key = value' or the '/' that ends the group, found 'dx'"},
+        {"&control\ndx\n=\n2\n3\n/", "5: expected 'key = value' or the '/' that ends the group, found '3'"},
+        {"&control\n,\n=\n2\n/", "3: expected 'key = value' or the '/' that ends the group, found '='"},
+        {"&control\ndx\n=\n", "1: the group that begins on line 1, column 1 has no '/' at its end"},
+        {"\n &control\ndx\n=\n2\n", "2: the group that begins on line 2, column 2 has no '/' at its end"},
+    });
+}
+
 TEST(read_control, files_that_give_no_settings) {
     const support::scratch_folder scratch;
     std::filesystem::create_directory("folder");
@@ -369,7 +407,11 @@ TEST(read_control, files_that_give_no_settings) {
         {"missing", "missing: cannot open the control file: No such file or directory"},
         {"missing   ", "missing: cannot open the control file: No such file or directory"},
         {"--help", "--help: cannot open the control file: No such file or directory" + usage},
+        {"-h", "-h: cannot open the control file: No such file or directory" + usage},
+        {"-", "-: cannot open the control file: No such file or directory" + usage},
         {"a-b", "a-b: cannot open the control file: No such file or directory"},
+        {"  missing", "  missing: cannot open the control file: No such file or directory"},  // blanks are part of it
+        {"  -h", "  -h: cannot open the control file: No such file or directory"},
         {"file/control", "file/control: cannot open the control file: Not a directory"},
         {"folder", "folder: cannot read the control file: Is a directory"},
         {"mis\nsing", "mis\\nsing: cannot open the control file: No such file or directory"},
@@ -389,6 +431,39 @@ TEST(read_control, of_a_path_200_characters_count) {
     EXPECT_EQ(shown(generator::read_control(path + "qrs")), "dx=2");
     EXPECT_EQ(support::stopped_with([&] { generator::read_control(path.substr(1)); }),
               path.substr(1) + ": cannot open the control file: No such file or directory|standard error|2");
+}
+
+TEST(read_control, of_a_path_leading_blanks_count) {
+    const support::scratch_folder scratch;
+    support::write_file("control", "&control dx=1 /");
+    support::write_file("  control", "&control dx=2 /");
+    support::write_file("-", "&control dx=3 /");  // not the standard input
+    EXPECT_EQ(shown(generator::read_control("  control")), "dx=2");
+    EXPECT_EQ(shown(generator::read_control("-")), "dx=3");
+    EXPECT_EQ(support::stopped_with([] { generator::read_control(" control"); }),
+              " control: cannot open the control file: No such file or directory|standard error|2");
+}
+
+/// Every message shows the path of the control file whole.
+TEST(read_control, a_long_path_is_shown_as_it_is) {
+    for (const std::size_t size : {std::size_t{61}, std::size_t{120}, std::size_t{200}}) {
+        SCOPED_TRACE(size);
+        const support::scratch_folder scratch;
+        const std::string path(size, 'p');
+        const auto message = [&] { return support::stopped_with([&] { generator::read_control(path); }); };
+        EXPECT_EQ(message(), path + ": cannot open the control file: No such file or directory|standard error|2");
+        std::filesystem::create_directory(path);
+        EXPECT_EQ(message(), path + ": cannot read the control file: Is a directory|standard error|2");
+        std::filesystem::remove(path);
+        support::write_file(path, "&control\n dx=2 3 /\n");
+        EXPECT_EQ(message(), path +
+                                 ":2: expected 'key = value' or the '/' that ends the group, found '3'|standard "
+                                 "error|2");
+        support::write_file(path, std::string(1 << 20, '-'));
+        EXPECT_EQ(message(), path +
+                                 ":1: found 1048576 bytes without the end of a '&control' group, expected it before "
+                                 "that|standard error|2");
+    }
 }
 
 TEST(read_control, of_a_long_file_the_first_part_is_read) {
