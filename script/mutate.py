@@ -1,24 +1,38 @@
 #!/usr/bin/env python3
 """How strong the tests are: breaks the code of lib/ and tools/ in one place at a time and sees whether a test fails.
 
-  script/mutate [--most N] [--seed S] [--only PATH]
+  script/mutate [--most N] [--seed S]... [--jobs N] [PATH]...
 
-Each mutant flips a comparison or a sign, changes a constant, swaps two operands or drops a statement. The tree is copied to
-build/mutate first; what does not compile is not counted. Printed: each mutant that no test catches, and the share caught.
-Broken code runs here, and tests name devices: as root use a container or a /dev of its own.
+Each mutant flips a comparison or a sign, changes a constant, swaps two operands or drops a statement. PATH is a file or a
+folder below lib/ or tools/; without one all of both is taken. Each seed draws up to N mutants of its own. What does not
+compile is not counted. Printed: each mutant that no test notices, with the reason where tests/mutants.txt gives one, and the
+share that is noticed.
+
+Every job has a copy of the tree in build/mutate, where only what a mutant changes is built again. The tests of the routine
+itself run first, and the first failure ends the others.
+
+Broken code runs here, and tests name devices. As root all of it runs with a /dev, a temporary folder and process numbers of its
+own, on file systems that are read only but for build/mutate: the script starts itself again in that way, and stops where it
+cannot.
 """
 import argparse
+import filecmp
+import os
 import pathlib
+import queue
 import random
 import re
+import resource
 import shutil
 import subprocess
 import sys
+import threading
+import time
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
-TREE = TOP / "build" / "mutate" / "tree"
-BUILD = TOP / "build" / "mutate" / "build"
-TESTS = ["unit_tests_lib", "unit_tests_symmetry", "unit_tests_tools", "case_tests", "fault_tests"]
+PLACE = TOP / "build" / "mutate"
+SCRATCH = PLACE / "scratch"
+EXPLAINED = TOP / "tests" / "mutants.txt"
 
 # What is looked for in a line, and what it becomes. Operators stand between blanks, so templates and pointers are left alone.
 RULES = [
@@ -34,9 +48,27 @@ STATEMENT = re.compile(r"^\s+(?!return|throw|const|constexpr|static|auto|using|b
                        r"|int |double |float |bool |char |long |std::\S+ \w|base::\S+ \w|unsigned |mode_t )[\w:*(].*;\s*(//.*)?$")
 
 
+def enclose():
+    """Starts this script again where broken code can harm nothing; comes back only there, or where it is not root."""
+    if os.geteuid() != 0:
+        return
+    if sys.argv[-1] != "--enclosed":
+        os.execvp("unshare", ["unshare", "--mount", "--pid", "--fork", "--mount-proc", "--kill-child",
+                              sys.executable, __file__, *sys.argv[1:], "--enclosed"])
+    sys.argv.pop()
+    SCRATCH.mkdir(parents=True, exist_ok=True)
+    devices = [("null", 3), ("zero", 5), ("full", 7), ("random", 8), ("urandom", 9)]
+    commands = [["mount", "-t", "tmpfs", "none", "/dev"], ["mkdir", "-m", "1777", "/dev/shm"],
+                *(["mknod", "-m", "666", f"/dev/{name}", "c", "1", str(number)] for name, number in devices),
+                ["ln", "-s", "/proc/self/fd", "/dev/fd"],
+                ["mount", "--bind", PLACE, PLACE], ["mount", "-o", "remount,bind,ro", "/"],
+                ["mount", "-t", "tmpfs", "-o", "size=2g,mode=1777", "none", SCRATCH]]
+    for command in commands:
+        subprocess.run(command, check=True)
+
+
 def mutants_of(path):
-    text = path.read_text()
-    lines = text.split("\n")
+    lines = path.read_text().split("\n")
     for number, line in enumerate(lines):
         code = line.split("//")[0].rstrip()
         if not code.strip() or code.lstrip().startswith(("#", "*", "template", "namespace", "static_assert")):
@@ -50,66 +82,207 @@ def mutants_of(path):
                     put = new(match) if callable(new) else new
                     changed = line[:match.start()] + put + line[match.end():]
                     if changed != line:
-                        yield number, line, changed
+                        yield path, number, line, changed
         if STATEMENT.match(line):
-            yield number, line, "    ;"
+            yield path, number, line, "    ;"
+
+
+def explanations():
+    """(path, line, changed line) -> why no test can notice the change. Three lines and a reason, parted by blank lines."""
+    result = {}
+    for entry in re.split(r"\n\s*\n", EXPLAINED.read_text()) if EXPLAINED.exists() else []:
+        found = re.fullmatch(r"(\S+)\n  - (.*)\n  \+ (.*)\n((?:    .*\n?)+)", entry.strip("\n"))
+        if found:
+            result[found.group(1, 2, 3)] = " ".join(found[4].split())
+    return result
 
 
 def run(command, **more):
-    return subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **more).returncode
+    def limit():
+        resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
+
+    return subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                          preexec_fn=limit, **more).returncode
 
 
-def builds():
-    return run(["cmake", "--build", BUILD, "--target", *TESTS]) == 0
+def test_programs():
+    """The programs that the tests of the tree are in, each with the sources that its list names."""
+    result = {}
+    for listing in sorted((TOP / "tests").rglob("CMakeLists.txt")):
+        for name, sources in re.findall(r"\badd_tests\(\s*(\w+)\s([^)]*)\)", listing.read_text()):
+            if not name.startswith("$"):
+                result[name] = set(re.findall(r"(\w+)\.cpp", sources))
+    return result
 
 
-def is_caught():
-    for test in TESTS:
+class workshop:
+    """A copy of the tree and its build."""
+
+    def __init__(self, number):
+        self.tree = PLACE / str(number) / "tree"
+        self.build = PLACE / str(number) / "build"
+        self.scratch = SCRATCH / str(number)
+        self.programs = test_programs()
+        self.seconds = dict.fromkeys(self.programs, 600.0)
+
+    def prepare(self):
+        """Result: whether it can be built and its tests pass."""
+        self.scratch.mkdir(parents=True, exist_ok=True)
+        self.copy_tree()
+        flags = "-fuse-ld=gold" if shutil.which("ld.gold") else ""
+        run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-O1",
+             f"-DCMAKE_EXE_LINKER_FLAGS={flags}", "-DDISPLACEMENT_GENERATOR_TESTS=ON"])
+        if not self.builds(self.programs):
+            return False
+        for program in self.programs:
+            start = time.monotonic()
+            if self.fails(program):
+                return False
+            self.seconds[program] = time.monotonic() - start
+        return True
+
+    def copy_tree(self):
+        """Only what differs, so that the last run's build serves again."""
+        listed = subprocess.run(["git", "-c", "safe.directory=*", "ls-files", "-co", "--exclude-standard", "-z"], cwd=TOP,
+                                check=True, capture_output=True)
+        names = {name for name in listed.stdout.decode().split("\0") if name and (TOP / name).is_file()}
+        for old in [path for path in self.tree.rglob("*") if path.is_file()]:
+            if str(old.relative_to(self.tree)) not in names:
+                old.unlink()
+        for name in names:
+            here, there = TOP / name, self.tree / name
+            if not there.exists() or not filecmp.cmp(here, there, shallow=False):
+                there.parent.mkdir(parents=True, exist_ok=True)
+                shutil.copyfile(here, there)
+                shutil.copymode(here, there)
+
+    def builds(self, targets):
+        return run(["cmake", "--build", self.build, "--target", *targets]) == 0
+
+    def fails(self, program, only="*"):
+        environment = dict(os.environ, TMPDIR=str(self.scratch))
         try:
-            if run([BUILD / "bin" / test, "--gtest_brief=1", "--gtest_fail_fast"], timeout=60) != 0:
-                return True
+            return run([self.build / "bin" / program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={only}"],
+                       timeout=10 + 5 * self.seconds[program], env=environment, cwd=self.scratch) != 0
         except subprocess.TimeoutExpired:
             return True
-    return False
+
+    def is_noticed(self, path):
+        """Result: None where the mutant does not compile."""
+        own = [name for name, sources in self.programs.items() if path.stem in sources]
+        own = own or [name for name in self.programs if name.endswith(path.parent.name)]
+        if not self.builds(own or self.programs):
+            return None
+        if any(self.fails(program, f"{path.stem}*") for program in own) or any(self.fails(program) for program in own):
+            return True
+        others = sorted(set(self.programs) - set(own), key=self.seconds.get)
+        if not self.builds(others):
+            return None
+        return any(self.fails(program) for program in others)
+
+    def try_out(self, path, number, changed):
+        place = self.tree / path.relative_to(TOP)
+        original = place.read_text()
+        lines = original.split("\n")
+        lines[number] = changed
+        try:
+            place.write_text("\n".join(lines))
+            return self.is_noticed(path)
+        finally:
+            place.write_text(original)
+
+
+class tally:
+    def __init__(self, most):
+        self.lock = threading.Lock()
+        self.left = most
+        self.noticed = self.survived = self.explained = 0
+        self.reasons = explanations()
+
+    def begin(self):
+        with self.lock:
+            self.left -= 1
+            return self.left >= 0
+
+    def end(self, result, path, number, line, changed):
+        with self.lock:
+            if result is None:
+                self.left += 1
+            elif result:
+                self.noticed += 1
+            else:
+                name, line, changed = str(path.relative_to(TOP)), line.strip(), changed.strip()
+                reason = self.reasons.get((name, line, changed))
+                self.explained += reason is not None
+                self.survived += reason is None
+                print(f"{'survives' if reason else 'survived'} {name}:{number + 1}\n  - {line}\n  + {changed}", flush=True)
+                if reason:
+                    print(f"    {reason}", flush=True)
+
+
+def work(shop, mutants, result):
+    while result.begin():
+        try:
+            path, number, line, changed = mutants.get_nowait()
+        except queue.Empty:
+            return
+        result.end(shop.try_out(path, number, changed), path, number, line, changed)
+
+
+def drawn(paths, seeds):
+    """All mutants in the order of each seed, none twice."""
+    sources = sorted({source for path in paths for source in ([path] if path.is_file() else path.rglob("*.?pp"))})
+    every = [mutant for source in sources for mutant in mutants_of(source)]
+    orders = []
+    for seed in seeds:
+        order = every.copy()
+        random.Random(seed).shuffle(order)
+        orders.append(order)
+    return list(dict.fromkeys(mutant for turn in zip(*orders) for mutant in turn))
 
 
 def main():
+    enclose()
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--most", type=int, default=200)
-    parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--only", default="")
+    parser.add_argument("--most", type=int, default=200, help="mutants for each seed")
+    parser.add_argument("--seed", type=int, action="append")
+    parser.add_argument("--jobs", type=int, default=min(2, os.cpu_count() or 1))
+    parser.add_argument("paths", nargs="*", type=pathlib.Path, metavar="PATH")
     options = parser.parse_args()
+    paths = [path.resolve() for path in options.paths] or [TOP / "lib", TOP / "tools"]
+    seeds = options.seed or [1]
+    for path in paths:
+        if not path.exists() or not path.is_relative_to(TOP):
+            sys.exit(f"script/mutate: {path}: expected a file or a folder of the tree")
+    mutants = drawn(paths, seeds)
+    waiting = queue.Queue()
+    for mutant in mutants:
+        waiting.put(mutant)
 
-    shutil.rmtree(TOP / "build" / "mutate", ignore_errors=True)
-    shutil.copytree(TOP, TREE, ignore=shutil.ignore_patterns("build", ".git"))
-    run(["cmake", "-S", TREE, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-O1",
-         "-DDISPLACEMENT_GENERATOR_TESTS=ON"])
-    if not builds() or is_caught():
+    os.environ.pop("CMAKE_CXX_COMPILER_LAUNCHER", None)  # what is built here is built once
+    shops = [workshop(number) for number in range(1, options.jobs + 1)]
+    ready = []
+    threads = [threading.Thread(target=lambda shop=shop: ready.append(shop.prepare())) for shop in shops]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    if not all(ready) or len(ready) != len(shops):
         sys.exit("script/mutate: the tests do not pass before anything is changed")
 
-    sources = sorted([*TREE.glob("lib/*/*.?pp"), *TREE.glob("tools/*/*.?pp")])
-    mutants = [(path, *mutant) for path in sources if options.only in str(path.relative_to(TREE))
-               for mutant in mutants_of(path)]
-    random.Random(options.seed).shuffle(mutants)
-    counted = caught = 0
+    result = tally(options.most * len(seeds))
+    threads = [threading.Thread(target=work, args=(shop, waiting, result), daemon=True) for shop in shops]
+    for thread in threads:
+        thread.start()
     try:
-        for path, number, line, changed in mutants:
-            if counted >= options.most:
-                break
-            original = path.read_text()
-            lines = original.split("\n")
-            lines[number] = changed
-            path.write_text("\n".join(lines))
-            if builds():
-                is_seen = is_caught()
-                counted += 1
-                caught += is_seen
-                if not is_seen:
-                    print(f"survived {path.relative_to(TREE)}:{number + 1}\n  - {line.strip()}\n  + {changed.strip()}", flush=True)
-            path.write_text(original)
+        for thread in threads:
+            thread.join()
     except KeyboardInterrupt:
         print("interrupted")
-    print(f"{caught} of {counted} mutants caught ({100 * caught / max(counted, 1):.1f} %), of {len(mutants)} that could be made")
+    counted = result.noticed + result.survived + result.explained
+    print(f"{result.noticed} of {counted} mutants noticed ({100 * result.noticed / max(counted, 1):.1f} %); {result.explained} survive "
+          f"for a reason, {result.survived} without; {len(mutants)} could be made")
+    sys.exit(1 if result.survived else 0)
 
 
 main()
