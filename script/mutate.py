@@ -9,7 +9,8 @@ compile is not counted. Printed: each mutant that no test notices, with the reas
 share that is noticed.
 
 Every job has a copy of the tree in build/mutate, where only what a mutant changes is built again. The tests of the routine
-itself run first, and the first failure ends the others.
+itself run first, and the first failure ends the others. A test that takes five times as long as with the whole program, and
+10 s, has noticed the mutant, too; that is told apart, as on a busy machine it may be wrong.
 
 Broken code runs here, and tests name devices. As root all of it runs with a /dev, a temporary folder and process numbers of its
 own, on file systems that are read only but for build/mutate: the script starts itself again in that way, and stops where it
@@ -133,10 +134,12 @@ class workshop:
         run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-O1",
              f"-DCMAKE_EXE_LINKER_FLAGS={flags}", "-DDISPLACEMENT_GENERATOR_TESTS=ON"])
         if not self.builds(self.programs):
+            print("script/mutate: the tree does not build", file=sys.stderr)
             return False
         for program in self.programs:
             start = time.monotonic()
             if self.fails(program):
+                print(f"script/mutate: {program} fails", file=sys.stderr)
                 return False
             self.seconds[program] = time.monotonic() - start
         return True
@@ -160,25 +163,28 @@ class workshop:
         return run(["cmake", "--build", self.build, "--target", *targets]) == 0
 
     def fails(self, program, only="*"):
+        """Result: a false value, "failure" or "time"."""
         environment = dict(os.environ, TMPDIR=str(self.scratch))
         try:
-            return run([self.build / "bin" / program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={only}"],
-                       timeout=10 + 5 * self.seconds[program], env=environment, cwd=self.scratch) != 0
+            code = run([self.build / "bin" / program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={only}"],
+                       timeout=10 + 5 * self.seconds[program], env=environment, cwd=self.scratch)
         except subprocess.TimeoutExpired:
-            return True
+            return "time"
+        return "failure" if code != 0 else ""
 
-    def is_noticed(self, path):
-        """Result: None where the mutant does not compile."""
+    def notice(self, path):
+        """Result: as of `fails`; None where the mutant does not compile."""
         own = [name for name, sources in self.programs.items() if path.stem in sources]
         own = own or [name for name in self.programs if name.endswith(path.parent.name)]
         if not self.builds(own or self.programs):
             return None
-        if any(self.fails(program, f"{path.stem}*") for program in own) or any(self.fails(program) for program in own):
-            return True
+        for program in own:
+            if seen := self.fails(program, f"*{path.stem}*") or self.fails(program):
+                return seen
         others = sorted(set(self.programs) - set(own), key=self.seconds.get)
         if not self.builds(others):
             return None
-        return any(self.fails(program) for program in others)
+        return next(filter(None, map(self.fails, others)), "")
 
     def try_out(self, path, number, changed):
         place = self.tree / path.relative_to(TOP)
@@ -187,7 +193,7 @@ class workshop:
         lines[number] = changed
         try:
             place.write_text("\n".join(lines))
-            return self.is_noticed(path)
+            return self.notice(path)
         finally:
             place.write_text(original)
 
@@ -196,7 +202,7 @@ class tally:
     def __init__(self, most):
         self.lock = threading.Lock()
         self.left = most
-        self.noticed = self.survived = self.explained = 0
+        self.noticed = self.by_time = self.survived = self.explained = 0
         self.reasons = explanations()
 
     def begin(self):
@@ -210,6 +216,7 @@ class tally:
                 self.left += 1
             elif result:
                 self.noticed += 1
+                self.by_time += result == "time"
             else:
                 name, line, changed = str(path.relative_to(TOP)), line.strip(), changed.strip()
                 reason = self.reasons.get((name, line, changed))
@@ -280,8 +287,8 @@ def main():
     except KeyboardInterrupt:
         print("interrupted")
     counted = result.noticed + result.survived + result.explained
-    print(f"{result.noticed} of {counted} mutants noticed ({100 * result.noticed / max(counted, 1):.1f} %); {result.explained} survive "
-          f"for a reason, {result.survived} without; {len(mutants)} could be made")
+    print(f"{result.noticed} of {counted} mutants noticed ({100 * result.noticed / max(counted, 1):.1f} %), {result.by_time} by their "
+          f"time; {result.explained} survive for a reason, {result.survived} without; {len(mutants)} could be made")
     sys.exit(1 if result.survived else 0)
 
 

@@ -135,7 +135,9 @@ TEST_P(every_call, that_fails_ends_the_run) {
         {"open", std::to_string(EACCES), "Permission denied"},
         {"open", std::to_string(EMFILE), "Too many open files"},
         {"read", std::to_string(EIO), "Input/output error"},
+        {"read", std::to_string(ESTALE), "Stale file handle"},
         {"write", std::to_string(ENOSPC), "No space left on device"},
+        {"write", std::to_string(EIO), "Input/output error"},
         {"write", "none", "Input/output error"},
         {"empty", std::to_string(EIO), "Input/output error"},
     };

@@ -1,5 +1,6 @@
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -9,18 +10,22 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 // Preloaded into the program under test, this stands between it and the system. The calls of one kind that the program
 // makes on files of its own are counted, and one of them, or every one, goes wrong:
 //
-//   FAILING_CALL   one or several of open, lock, empty, read, write, close, cut and system; "empty" and "cut" are both
-//                  ftruncate, to nothing and to some length
+//   FAILING_CALL   one or several of open, lock, empty, read, write, close, cut, copy_file_range, stat and system;
+//   "empty"
+//                  and "cut" are both ftruncate, to nothing and to some length; copy_file_range is for its source
 //   FAILING_FILE   optional: only calls for a file of this name are counted
 //   FAILING_TURN   which one, counted from 1; 0 for every one
 //   FAILING_WAY    how: an errno as a number; "interrupted", once; "half" of what was asked for, one "byte" of it, or
 //                  "none", without an error; "stopped" until it is told to go on, "killed" before the call, or "torn",
-//                  half of it done
+//                  half of it done; for stat "twin": the file has the inode number that fstat told last, but lies on
+//                  another file system
 //   FAILING_MARK   a file that is made when it happens and then holds the name of the file that the call was for
+//   FAILING_LOG    a file that gets a line for each call, in their order: its kind and the name of the file
 //
 // Nothing here uses the C library where that could come back to these functions.
 
@@ -35,11 +40,13 @@ struct settings {
     long turn;
     char way[16];
     char mark[longest_name];
+    char log[longest_name];
 };
 
 settings asked = {};
 long calls = 0;
 bool interrupted = false;
+ino_t last_inode = 0;
 char names[most_descriptors][longest_name] = {};  // of the program's own files; blank for all others
 
 template <std::size_t n>
@@ -53,6 +60,7 @@ __attribute__((constructor)) void take_settings() {
     copy_text(asked.file, std::getenv("FAILING_FILE"));
     copy_text(asked.way, std::getenv("FAILING_WAY"));
     copy_text(asked.mark, std::getenv("FAILING_MARK"));
+    copy_text(asked.log, std::getenv("FAILING_LOG"));
     const char* turn = std::getenv("FAILING_TURN");
     asked.turn = turn == nullptr ? 0 : std::strtol(turn, nullptr, 10);
     ::unsetenv("LD_PRELOAD");
@@ -62,8 +70,25 @@ const char* name_of(int descriptor) {
     return descriptor >= 0 && descriptor < most_descriptors ? names[descriptor] : "";
 }
 
+void log(const char* call, const char* name) {
+    if (asked.log[0] == '\0' || name[0] == '\0') {
+        return;
+    }
+    char line[2 * longest_name];
+    std::size_t size = 0;
+    for (const char* part : {call, " ", name, "\n"}) {
+        const std::size_t length = ::strnlen(part, longest_name - 64);
+        std::memcpy(line + size, part, length);
+        size += length;
+    }
+    const auto file = static_cast<int>(::syscall(SYS_openat, AT_FDCWD, asked.log, O_WRONLY | O_CREAT | O_APPEND, 0600));
+    ::syscall(SYS_write, file, line, size);
+    ::syscall(SYS_close, file);
+}
+
 /// Result: whether it is now that the call goes wrong.
 bool is_turn(const char* call, const char* name) {
+    log(call, name);
     if (name[0] == '\0' || std::strstr(asked.call, call) == nullptr ||
         (asked.file[0] != '\0' && std::strcmp(name, asked.file) != 0)) {
         return false;
@@ -186,6 +211,37 @@ int fcntl(int fd, int cmd, ...) {  // NOLINT(cert-dcl50-cpp)
         return -1;
     }
     return static_cast<int>(::syscall(SYS_fcntl, fd, cmd, argument));
+}
+
+ssize_t copy_file_range(int infd, off64_t* pinoff, int outfd, off64_t* poutoff, std::size_t length, unsigned flags) {
+    if (is_turn("copy_file_range", name_of(infd))) {
+        if (is_way("none")) {
+            return 0;
+        }
+        if (fails()) {
+            return -1;
+        }
+        struct stat status {};
+        ::fstat(infd, &status);
+        const auto whole = static_cast<std::size_t>(status.st_size);
+        length = part(length < whole ? length : whole);
+    }
+    return ::syscall(SYS_copy_file_range, infd, pinoff, outfd, poutoff, length, flags);
+}
+
+int fstat(int fd, struct stat* buf) {
+    const auto result = static_cast<int>(::syscall(SYS_newfstatat, fd, "", buf, AT_EMPTY_PATH));
+    last_inode = buf->st_ino;
+    return result;
+}
+
+int stat(const char* file, struct stat* buf) {
+    const auto result = static_cast<int>(::syscall(SYS_newfstatat, AT_FDCWD, file, buf, 0));
+    if (is_turn("stat", file) && is_way("twin")) {
+        buf->st_ino = last_inode;
+        ++buf->st_dev;
+    }
+    return result;
 }
 
 int system(const char* command) {
