@@ -99,6 +99,9 @@ std::string stopped_with(const std::function<void()>& work) {
     try {
         work();
     } catch (const base::run_error& error) {
+        if (const char* log = std::getenv("STOPPED_WITH_LOG"); log != nullptr) {
+            std::ofstream(log, std::ios::binary | std::ios::app) << error.what() << '\0';
+        }
         return std::string(error.what()) +
                (error.stream == base::message_stream::standard_output ? "|standard output|" : "|standard error|") +
                std::to_string(error.exit_status);
