@@ -42,7 +42,7 @@ def is_made_of(piece, literals, known):
 
 
 # What varies in a message.
-VARIES = {"file": r"[^:]*", "line": r"\d+", "column": r"\d+", "number": r"-?[\d.]+", "reason": r"[A-Z][\w /-]+", "name": r"\w+",
+VARIES = {"file": r"[^:]*", "folder": r"[^:]*", "line": r"\d+", "column": r"\d+", "number": r"-?[\d.]+", "reason": r"[A-Z][\w /-]+", "name": r"\w+",
           "key": r"\w+", "symbol": r".*", "text": r".*"}
 
 

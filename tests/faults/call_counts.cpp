@@ -65,6 +65,8 @@ TEST(call_counts, of_a_run) {
         {"close mol.gjf", 10},
         {"read mol.gjf", 5 * 3 + 5 * 2},  // two blocks and the end to count, two blocks to take
         {"system /bin/mkdir -p PES-0", 1},
+        {"lock PES-0/files.out", 1},
+        {"empty PES-0/files.out", 1},
     };
     for (const std::string& name : faults::output_names()) {
         const bool list = name == "PES-0/files.out";

@@ -358,7 +358,7 @@ TEST(read_control, mistakes_in_assignments_over_several_lines) {
     const std::string logical = ": expected a logical value (T, F, .true. or .false.), found ";
     const std::string integer = "': expected an integer from -2147483648 to 2147483647, found ";
     const std::string marks = ": expected a text between apostrophes or quotation marks, found ";
-    const std::string behind = ": expected a blank, a comma or the end of the line behind the text, found ";
+    const std::string behind = ": expected a blank, a comma or the end of the line after the text, found ";
     expect_errors({
         {"&control\nsymm\n=\nyes\n/", "4: key 'symm'" + logical + "'yes'"},
         {"&control\r\nsymm\r\n=\r\nyes\r\n/", "4: key 'symm'" + logical + "'yes'"},
