@@ -80,6 +80,7 @@ void assembly::take_heading() {
     job_.number = from_.number;
     job_.line = from_.line;
     job_.route = from_.route.empty() ? from_.archive.route : from_.route;
+    job_.user_route = from_.user_route;
     job_.ended_normally = from_.ended_normally;
     job_.geometries = from_.geometries;
     job_.has_charge = from_.has_charge || from_.archive.has_charge;

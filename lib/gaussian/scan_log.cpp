@@ -11,6 +11,7 @@
 
 #include "base/error.hpp"
 #include "base/free_format.hpp"
+#include "gaussian/checkpoint_route.hpp"
 #include "gaussian/words.hpp"
 
 namespace displacement_generator::gaussian {
@@ -110,6 +111,7 @@ class scanner {
     state state_ = state::seeking;
     scanned_log log_;
     scanned_job job_;  ///< the present one
+    std::string user_route_;
     bool in_job_ = false;
     bool route_next_ = true;  ///< whether a box with a # is the route of a job and not a title
     table_kind kind_ = table_kind::input;
@@ -276,6 +278,10 @@ void scanner::take_route_piece(std::string_view line) {
         if (job_.number == 1) {
             log_.first_route = job_.route;
         }
+        if (!is_continuation(job_.route)) {
+            user_route_ = job_.route;
+        }
+        job_.user_route = user_route_;
         state_ = state::seeking;
         return;
     }

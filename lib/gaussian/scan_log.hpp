@@ -35,6 +35,7 @@ struct scanned_job {
     int number = 0;
     int line = 0;
     std::string route;
+    std::string user_route;  ///< of this job or the last one before it whose route a user wrote
     bool has_charge = false;
     int charge = 0;
     int multiplicity = 1;

@@ -1,0 +1,91 @@
+#include "run.hpp"
+
+#include <unistd.h>
+
+#include <cmath>
+#include <string>
+
+#include "base/error.hpp"
+#include "check_prepared.hpp"
+#include "file/descriptor.hpp"
+#include "frame/frame.hpp"
+#include "gaussian/ready_input.hpp"
+#include "prepared_file.hpp"
+#include "report.hpp"
+#include "source_molecule.hpp"
+
+namespace displacement_generator::preparer {
+
+namespace {
+
+/// The number of 8 decimals next to a coordinate, as an input is written with them.
+double printed(double coordinate) {
+    constexpr double decimals = 1e8;
+    return std::round(coordinate * decimals) / decimals + 0.0;  // no -0
+}
+
+/// The molecule as it is, for what stands in space with it.
+frame::frame_result untouched(const gaussian::molecule& atoms) {
+    frame::frame_result result;
+    result.positions = atoms.positions.unaryExpr(&printed);
+    result.rotation.setIdentity();
+    result.shift.setZero();
+    result.largest_move = (result.positions - atoms.positions).colwise().norm().maxCoeff();
+    const frame::displacement_count count = frame::count_displacements(atoms.numbers, result.positions);
+    result.group = count.group;
+    result.computed = count.computed;
+    return result;
+}
+
+frame::frame_result framed(const options& asked, source_molecule& found) {
+    const gaussian::molecule& atoms = found.ready.atoms;
+    if (!found.ready.stands_in_space.empty()) {
+        found.notices.push_back(
+            {0, "'" + base::shown(found.ready.stands_in_space) +
+                    "' stands in space: the molecule is neither moved nor turned. Set std_orient = F in the "
+                    "generator's control file, and symm = F unless what stands in space has the molecule's symmetry"});
+        return untouched(atoms);
+    }
+    frame::frame_result result = asked.keep_frame
+                                     ? frame::keep_frame(atoms.numbers, atoms.positions, asked.tolerance)
+                                     : frame::prepare(atoms.numbers, atoms.positions, asked.tolerance);
+    if (!result.exact) {
+        found.notices.push_back({0, "the generator finds symmetry that holds to its own tolerance of 0.001 angstrom, "
+                                    "but not to --tolerance: give a larger one"});
+    }
+    return result;
+}
+
+/// Messages about the molecule as a whole name its source.
+template <class work>
+auto of_source(const source_molecule& found, work&& what) {
+    try {
+        return what();
+    } catch (const base::run_error& error) {
+        throw base::run_error(found.name + ": " + error.what());
+    }
+}
+
+void print_report(const std::string& text) {
+    if (const int error = file::write_all(STDERR_FILENO, text); error != 0) {
+        throw base::run_error("standard error: cannot write: " + file::system_reason(error));
+    }
+}
+
+}  // namespace
+
+void run(const options& asked) {
+    source_molecule found = read_source(asked);
+    prepared_file output(asked.output, found.file);
+    const frame::displacement_count written =
+        frame::count_displacements(found.ready.atoms.numbers, found.ready.atoms.positions);
+    const frame::frame_result now = of_source(found, [&] { return framed(asked, found); });
+    found.ready.atoms.positions = now.positions;
+    const std::string text = of_source(found, [&] { return gaussian::write_input(found.ready); });
+    output.write(text);
+    check_prepared(output.temporary(), found.ready.atoms, {now.group, now.computed});
+    print_report(report(found, written, now));  // first: an OUTPUT whose notices nobody saw is none
+    output.put_in_place(text);
+}
+
+}  // namespace displacement_generator::preparer
