@@ -33,8 +33,8 @@ void check_charge(const std::string& path, const gaussian::molecule& meant) {
     file::read_lines(path, nline, lines);
     const std::string expected = std::to_string(meant.charge) + " " + std::to_string(meant.multiplicity);
     if (lines(icharge).trimmed() != expected) {
-        differs("expected charge and multiplicity '" + expected + "', found '" +
-                base::shown(lines(icharge).trimmed()) + "'");
+        differs("expected charge and multiplicity '" + expected + "', found '" + base::shown(lines(icharge).trimmed()) +
+                "'");
     }
 }
 

@@ -68,10 +68,11 @@ void check_centres(const gaussian::log_job& job, const std::string& name) {
 /// The route of a log: where Gaussian itself began the job that has the last geometry, that of the job before it.
 void take_log_route(const options& asked, const gaussian::log_contents& log, source_molecule& result) {
     result.old_route = log.job.route;
-    if (gaussian::is_continuation(log.job.route) && !gaussian::is_continuation(log.job.user_route)) {
-        result.notices.push_back({log.job.line, "Gaussian began this job itself, with a route that takes method and "
-                                                "basis from a checkpoint file: the route of the job before it is "
-                                                "used"});
+    if (gaussian::is_continuation(log.job.route) && !log.job.user_route.empty()) {
+        result.notices.push_back({log.job.line,
+                                  "Gaussian began this job itself, with a route that takes method and "
+                                  "basis from a checkpoint file: the route of the job before it is "
+                                  "used"});
         result.old_route = log.job.user_route;
     }
     if (!asked.route.empty()) {
@@ -93,7 +94,8 @@ void read_log(const options& asked, gaussian::source& from, source_molecule& res
     if (job.number == 0) {
         stop(result.name, 0, "expected a log with a geometry, found none in " + counted(log.jobs, "job"));
     }
-    result.description = "log of " + counted(log.jobs, "job") + ", " + (job.geometries == 1 ? "1 geometry" : std::to_string(job.geometries) + " geometries");
+    result.description = "log of " + counted(log.jobs, "job") + ", " +
+                         (job.geometries == 1 ? "1 geometry" : std::to_string(job.geometries) + " geometries");
     if (log.jobs > 1) {
         result.description += " in job " + std::to_string(job.number);
     }
@@ -107,8 +109,9 @@ void read_log(const options& asked, gaussian::source& from, source_molecule& res
         result.notices.push_back({job.geometry_line, "the types of " + counted(job.typed, "atom") + " are dropped"});
     }
     if (!job.ended_normally) {
-        result.notices.push_back({job.line, "this job did not end normally: make sure that its last geometry is the "
-                                            "one that you want"});
+        result.notices.push_back({job.line,
+                                  "this job did not end normally: make sure that its last geometry is the "
+                                  "one that you want"});
     }
     take_log_route(asked, log, result);
     make_ready(asked, result.name + ":" + std::to_string(job.line), made_title(result.name), job.molecule, result);
@@ -147,7 +150,8 @@ void read_xyz(const options& asked, gaussian::source& from, source_molecule& res
     result.description = "xyz file of " + counted(found.frames, "frame");
     result.description += found.frames > 1 ? ", the last one taken" : "";
     if (asked.route.empty()) {
-        stop(result.name, 0, "an xyz file holds no route; give one with --route, for example --route '#p b3lyp/6-31g(d)'");
+        stop(result.name, 0,
+             "an xyz file holds no route; give one with --route, for example --route '#p b3lyp/6-31g(d)'");
     }
     make_ready(asked, result.name, made_title(result.name), found.molecule, result);
 }
@@ -155,8 +159,8 @@ void read_xyz(const options& asked, gaussian::source& from, source_molecule& res
 /// Puts a number from the command line in place of the source's.
 void replace(const std::optional<int>& asked, const char* what, int& value, source_molecule& result) {
     if (asked && *asked != value) {
-        result.notices.push_back({0, std::string(what) + " " + std::to_string(*asked) + " takes the place of " +
-                                         std::to_string(value)});
+        result.notices.push_back(
+            {0, std::string(what) + " " + std::to_string(*asked) + " takes the place of " + std::to_string(value)});
     }
     value = asked.value_or(value);
 }

@@ -46,12 +46,12 @@ frame::frame_result framed(const options& asked, source_molecule& found) {
                     "generator's control file, and symm = F unless what stands in space has the molecule's symmetry"});
         return untouched(atoms);
     }
-    frame::frame_result result = asked.keep_frame
-                                     ? frame::keep_frame(atoms.numbers, atoms.positions, asked.tolerance)
-                                     : frame::prepare(atoms.numbers, atoms.positions, asked.tolerance);
+    frame::frame_result result = asked.keep_frame ? frame::keep_frame(atoms.numbers, atoms.positions, asked.tolerance)
+                                                  : frame::prepare(atoms.numbers, atoms.positions, asked.tolerance);
     if (!result.exact) {
-        found.notices.push_back({0, "the generator finds symmetry that holds to its own tolerance of 0.001 angstrom, "
-                                    "but not to --tolerance: give a larger one"});
+        found.notices.push_back({0,
+                                 "the generator finds symmetry that holds to its own tolerance of 0.001 angstrom, "
+                                 "but not to --tolerance: give a larger one"});
     }
     return result;
 }

@@ -26,7 +26,7 @@ bool is_same(const file_identity& a, const file_identity& b);
 
 /// What was read of SOURCE.
 struct source_molecule {
-    std::string name;         ///< as messages show it
+    std::string name;  ///< as messages show it
     file_identity file;
     std::string description;  ///< "log of 1 job, 9 geometries, the last one taken"
     std::string old_route;    ///< as written; where the source has none, as --route has it

@@ -1,0 +1,123 @@
+#!/usr/bin/env python3
+"""What fails below the preparer: faults.py PREPARER GENERATOR
+
+Full devices, closed streams, folders that may not be written to, a limit on the size of files, signals. In each case
+the run ends with its message and status 2, an OUTPUT that was there stays as it was, and nothing else is left.
+"""
+import os
+import pathlib
+import resource
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+INPUT = "#p hf/3-21g force nosymm\n\nwater\n\n0 1\nO 0 0 0.4\nH 0 0.75 -0.2\nH 0 -0.75 -0.2\n\n"
+FULL = "No space left on device"
+CLOSED = "Bad file descriptor"
+preparer = str(pathlib.Path(sys.argv[1]).resolve())
+wrong = []
+
+
+class folder:
+    """A new folder with mol.gjf, and out.gjf from an earlier run."""
+
+    def __enter__(self):
+        self.temporary = tempfile.TemporaryDirectory()
+        self.path = pathlib.Path(self.temporary.name)
+        (self.path / "mol.gjf").write_text(INPUT)
+        (self.path / "out.gjf").write_text("from before\n")
+        (self.path / "tmp").mkdir()
+        return self.path
+
+    def __exit__(self, *ignored):
+        self.temporary.cleanup()
+
+
+def check(what, found, expected):
+    if found != expected:
+        wrong.append(f"{what}: expected {expected!r}, found {found!r}")
+
+
+def check_untouched(what, path):
+    check(f"{what}: files", sorted(str(f.relative_to(path)) for f in path.rglob("*")), ["mol.gjf", "out.gjf", "tmp"])
+    check(f"{what}: OUTPUT", (path / "out.gjf").read_text(), "from before\n")
+
+
+def run(what, command, message, status=2):
+    """A shell command with the program as $0; `message` is the last line on standard error, None where it is closed."""
+    with folder() as path:
+        done = subprocess.run(["/bin/sh", "-c", command, preparer], cwd=path, capture_output=True, text=True, timeout=60,
+                              env={**os.environ, "TMPDIR": str(path / "tmp")})
+        check(f"{what}: status", done.returncode, status)
+        if message is not None:
+            check(f"{what}: message", done.stderr.splitlines()[-1:], [f"displacement_preparer: error: {message}"])
+        check_untouched(what, path)
+
+
+run("full standard output", '"$0" mol.gjf >/dev/full', f"standard output: cannot write: {FULL}")
+run("full named output", '"$0" -o /dev/full mol.gjf', f"/dev/full: cannot write: {FULL}")
+run("full standard error", '"$0" -o out.gjf mol.gjf 2>/dev/full', None)
+run("closed standard output", '"$0" mol.gjf >&-', f"standard output: cannot write: {CLOSED}")
+run("closed standard error", '"$0" -o out.gjf mol.gjf 2>&-', None)
+run("all streams closed", '"$0" -o out.gjf mol.gjf <&- >&- 2>&-', None)
+run("closed standard input", '"$0" -o out.gjf - <&-', f"standard input: cannot read: {CLOSED}")
+run("full help", '"$0" --help >/dev/full', f"standard output: cannot write: {FULL}")
+run("no temporary folder", 'TMPDIR=/nowhere "$0" mol.gjf', "standard output: cannot open for writing: No such file or directory")
+
+
+def limit_files():
+    resource.setrlimit(resource.RLIMIT_FSIZE, (64, 64))
+
+
+with folder() as path:
+    done = subprocess.run([preparer, "-o", "out.gjf", "mol.gjf"], cwd=path, capture_output=True, text=True, preexec_fn=limit_files, timeout=60)
+    check("limit on files: status", done.returncode, 2)
+    check("limit on files: message", done.stderr, "displacement_preparer: error: out.gjf: cannot write: File too large\n")
+    check_untouched("limit on files", path)
+
+if os.geteuid() == 0:  # root may write everywhere; a user without rights stands in
+    def become_nobody():
+        os.setgid(65534)
+        os.setuid(65534)
+else:
+    become_nobody = None
+with folder() as path:
+    path.chmod(0o555)
+    program = tempfile.NamedTemporaryFile(delete=False)  # where everybody may read it
+    program.write(pathlib.Path(preparer).read_bytes())
+    program.close()
+    os.chmod(program.name, 0o755)
+    done = subprocess.run([program.name, "-o", "out.gjf", "mol.gjf"], cwd=path, capture_output=True, text=True, preexec_fn=become_nobody, timeout=60)
+    os.unlink(program.name)
+    path.chmod(0o755)
+    check("unwritable folder: status", done.returncode, 2)
+    check("unwritable folder: message", done.stderr, "displacement_preparer: error: out.gjf: cannot open for writing: Permission denied\n")
+    check_untouched("unwritable folder", path)
+
+# A signal while the report waits in a full pipe, when the temporary file is there already.
+for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+    with folder() as path:
+        reader, writer = os.pipe()
+        os.set_blocking(writer, False)
+        try:
+            while True:
+                os.write(writer, b"x" * 4096)
+        except BlockingIOError:
+            os.set_blocking(writer, True)
+        started = subprocess.Popen([preparer, "-o", "out.gjf", "mol.gjf"], cwd=path, stderr=writer)
+        until = time.monotonic() + 30
+        while not list(path.glob(".displacement_preparer-*")) and time.monotonic() < until:
+            time.sleep(0.01)
+        check(f"signal {number}: temporary files", len(list(path.glob(".displacement_preparer-*"))), 1)
+        time.sleep(0.2)
+        started.send_signal(number)
+        check(f"signal {number}: status", started.wait(30), -number)
+        os.close(reader)
+        os.close(writer)
+        check_untouched(f"signal {number}", path)
+
+for line in wrong:
+    print(line)
+sys.exit(1 if wrong else 0)
