@@ -110,7 +110,7 @@ bool is_same(const file_identity& a, const file_identity& b) {
 }
 
 prepared_file::prepared_file(std::string output, const file_identity& source)
-    : output_(std::move(output)), is_stream_(output_ == "-") {
+    : output_(std::move(output)), replaced_(output_), is_stream_(output_ == "-") {
     struct stat status {};
     const bool exists = is_stream_ ? ::fstat(STDOUT_FILENO, &status) == 0 : ::stat(output_.c_str(), &status) == 0;
     if (exists && is_same(source, {S_ISREG(status.st_mode), status.st_dev, status.st_ino})) {
@@ -124,7 +124,7 @@ prepared_file::prepared_file(std::string output, const file_identity& source)
     if (exists && !is_stream_) {  // a link stays one, and what it leads to is replaced
         std::error_code error;
         const std::filesystem::path target = std::filesystem::canonical(output_, error);
-        output_ = error ? output_ : target.string();
+        replaced_ = error ? output_ : target.string();
     }
 }
 
@@ -136,7 +136,7 @@ prepared_file::~prepared_file() {
 }
 
 void prepared_file::write(std::string_view text) {
-    const int descriptor = make_temporary(folder_of(output_, is_stream_), temporary_, output_);
+    const int descriptor = make_temporary(folder_of(replaced_, is_stream_), temporary_, output_);
     int error = ::fchmod(descriptor, usual_mode()) == 0 ? 0 : errno;
     error = error != 0 ? error : file::write_all(descriptor, text);
     const int close_error = file::close_descriptor(descriptor);
@@ -147,7 +147,7 @@ void prepared_file::write(std::string_view text) {
 
 void prepared_file::put_in_place(std::string_view text) {
     if (!is_stream_) {
-        if (::rename(temporary_.c_str(), output_.c_str()) != 0) {
+        if (::rename(temporary_.c_str(), replaced_.c_str()) != 0) {
             stop(output_, "put in place", errno);
         }
         temporary_.clear();

@@ -29,7 +29,8 @@ class prepared_file {
 
   private:
     std::string output_;
-    bool is_stream_;  ///< whether there is nothing to be replaced: standard output, a pipe, a device
+    std::string replaced_;  ///< the file that gets the name: OUTPUT, or what it leads to where it is a link
+    bool is_stream_;        ///< whether there is nothing to be replaced: standard output, a pipe, a device
     std::string temporary_;
 };
 
