@@ -2,12 +2,14 @@
 # headers (component development).
 include(CMakePackageConfigHelpers)
 
-install(TARGETS displacement_generator COMPONENT runtime)
+set(programs displacement_generator displacement_preparer)
+install(TARGETS ${programs} COMPONENT runtime)
 
 # Markdown keeps its links to one another: README.md stands above docs/ and examples/, as it does here.
-configure_file(docs/displacement_generator.1 ${PROJECT_BINARY_DIR}/docs/displacement_generator.1 @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/docs/displacement_generator.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
-        COMPONENT runtime)
+foreach(program IN LISTS programs)
+  configure_file(docs/${program}.1 ${PROJECT_BINARY_DIR}/docs/${program}.1 @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/docs/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
+endforeach()
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime USE_SOURCE_PERMISSIONS

@@ -37,22 +37,38 @@ if(NOT last STREQUAL "End_vesk_info")
   message(FATAL_ERROR "expected 'End_vesk_info' at the end of files.out, found '${last}'")
 endif()
 
-# The manual page: the version is there, and man has nothing to say against it.
-set(page ${prefix}/${MANDIR}/man1/displacement_generator.1)
-file(READ ${page} text)
-if(NOT text MATCHES "displacement_generator ${VERSION}" OR text MATCHES "@")
-  message(FATAL_ERROR "expected the version ${VERSION} and no '@' in ${page}")
+# The preparer, on the same example: its report, and the input that it is said to write.
+run("displacement_preparer ${VERSION}\n" ${prefix}/${BINDIR}/displacement_preparer --version)
+run("mol.gjf: Gaussian input of 1 job: 3 atoms, charge 0, multiplicity 1
+group C2v as written, C2v now; no atom moved by more than 0.000001 angstrom
+9 of 18 displacements to compute (9 as written)
+route: #p b3lyp/6-31g(d) force nosymm
+" ${CMAKE_COMMAND} -E chdir ${example} ${prefix}/${BINDIR}/displacement_preparer -o prepared.gjf mol.gjf)
+file(STRINGS ${example}/prepared.gjf prepared)
+list(GET prepared 1 route)
+if(NOT route STREQUAL "#p b3lyp/6-31g(d) force nosymm")
+  message(FATAL_ERROR "expected the route in line 2 of what was prepared, found '${route}'")
 endif()
+
+# The manual pages: the version is there, and man has nothing to say against them.
 find_program(man man)
-if(man)
-  execute_process(COMMAND ${CMAKE_COMMAND} -E env LC_ALL=C.UTF-8 MANWIDTH=80 ${man} --warnings -l ${page} OUTPUT_QUIET
-                  ERROR_VARIABLE warnings RESULT_VARIABLE status)
-  if(NOT status EQUAL 0 OR NOT warnings STREQUAL "")
-    message(FATAL_ERROR "man: status ${status}\n${warnings}")
-  endif()
-else()
-  message("man is not installed: the manual page was not formatted")
+if(NOT man)
+  message("man is not installed: the manual pages were not formatted")
 endif()
+foreach(program displacement_generator displacement_preparer)
+  set(page ${prefix}/${MANDIR}/man1/${program}.1)
+  file(READ ${page} text)
+  if(NOT text MATCHES "displacement_generator ${VERSION}" OR text MATCHES "@")
+    message(FATAL_ERROR "expected the version ${VERSION} and no '@' in ${page}")
+  endif()
+  if(man)
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env LC_ALL=C.UTF-8 MANWIDTH=80 ${man} --warnings -l ${page}
+                    OUTPUT_QUIET ERROR_VARIABLE warnings RESULT_VARIABLE status)
+    if(NOT status EQUAL 0 OR NOT warnings STREQUAL "")
+      message(FATAL_ERROR "man: status ${status}\n${warnings}")
+    endif()
+  endif()
+endforeach()
 
 # Every link from one installed document to another leads somewhere.
 file(GLOB_RECURSE documents ${prefix}/${DOCDIR}/*.md)
