@@ -74,18 +74,28 @@ void print_report(const std::string& text) {
 
 }  // namespace
 
-void run(const options& asked) {
+prepared prepare(const options& asked) {
     source_molecule found = read_source(asked);
-    prepared_file output(asked.output, found.file);
     const frame::displacement_count written =
         frame::count_displacements(found.ready.atoms.numbers, found.ready.atoms.positions);
     const frame::frame_result now = of_source(found, [&] { return framed(asked, found); });
     found.ready.atoms.positions = now.positions;
-    const std::string text = of_source(found, [&] { return gaussian::write_input(found.ready); });
-    output.write(text);
-    check_prepared(output.temporary(), found.ready.atoms, {now.group, now.computed});
-    print_report(report(found, written, now));  // first: an OUTPUT whose notices nobody saw is none
-    output.put_in_place(text);
+    prepared result;
+    result.text = of_source(found, [&] { return gaussian::write_input(found.ready); });
+    result.report = report(found, written, now);
+    result.source = found.file;
+    result.atoms = found.ready.atoms;
+    result.count = {now.group, now.computed};
+    return result;
+}
+
+void run(const options& asked) {
+    const prepared result = prepare(asked);
+    prepared_file output(asked.output, result.source);
+    output.write(result.text);
+    check_prepared(output.temporary(), result.atoms, result.count);
+    print_report(result.report);  // first: an OUTPUT whose notices nobody saw is none
+    output.put_in_place(result.text);
 }
 
 }  // namespace displacement_generator::preparer
