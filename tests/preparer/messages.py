@@ -1,0 +1,60 @@
+#!/usr/bin/env python3
+"""Holds docs/preparing-errors.md against the preparer: messages.py PREPARER GENERATOR
+
+Whole messages are held against whole rows: every message and notice that a case expects and that is not about a line of
+the source must be a row of the document; every row must be one that a case or a fault test expects.
+"""
+import pathlib
+import re
+import sys
+
+TOP = pathlib.Path(__file__).resolve().parents[2]
+PREFIX = "displacement_preparer: error: "
+# Rows that no test meets: they take a broken disk, more memory than a test has, or a fault of the program.
+NOT_MET = {"<file>: cannot close: <reason>", "<file>: cannot put in place: <reason>", "an allocation would exceed the memory limit",
+           "the prepared input is not what was meant, which is a fault of this program: <text>",
+           "<file>: expected at most <number> bytes, found more"}
+# Messages of the readers about a line, which the document says need no row.
+OF_A_LINE = re.compile(r"mol\.gjf:\d+: ")
+VARIES = {"file": r"(?!command line)[^:']+", "line": r"\d+", "number": r"-?[\d.e-]+|nan", "count": r"\d+ [a-z ]+", "name": r"[\w-]+", "reason": r"[A-Z][\w /-]+",
+          "text": r"[^']*(?:'[^']*'[^']*)*", "place": r"[^']+", "route": r"#[^']*", "keyword": r"[^']+", "option": r"[^']+", "method": r"[^']*", "basis": r"[^']*"}
+
+
+def pattern_of(row):
+    parts = re.split(r"<(\w+)>", row)
+    return re.compile("".join(f"(?:{VARIES[part]})" if i % 2 else re.escape(part) for i, part in enumerate(parts)))
+
+
+def rows_of(text):
+    return [row for line in text.splitlines() if line.startswith("| `") for row in re.findall(r"`([^`]+)`", line.split(" | ")[0])]
+
+
+def main():
+    errors, notices = (TOP / "docs" / "preparing-errors.md").read_text().split("\n## Notices\n")
+    met_errors, met_notices = set(), set()
+    for stderr in (TOP / "tests" / "preparer" / "cases").glob("*/expected/stderr"):
+        for line in stderr.read_text().splitlines():
+            if line.startswith(PREFIX):
+                met_errors.add(line.removeprefix(PREFIX))
+            elif ": notice: " in line:
+                met_notices.add(line.split(": notice: ", 1)[1])
+    faults = re.sub(r"\{FULL\}|\{CLOSED\}", "No reason", (TOP / "tests" / "preparer" / "faults.py").read_text())
+    of_faults = {text.removeprefix(PREFIX).removesuffix("\\n") for text in re.findall(r'f?"((?:[^"\\]|\\.)*)"', faults)}
+    wrong = []
+    for what, rows, met in (("message", rows_of(errors), met_errors), ("notice", rows_of(notices), met_notices)):
+        patterns = {row: pattern_of(row) for row in rows}
+        for text in sorted(met):
+            if not any(p.fullmatch(text) for p in patterns.values()) and not OF_A_LINE.match(text):
+                wrong.append(f"no row of the document is the {what} {text!r}")
+        for row, pattern in patterns.items():
+            if row not in NOT_MET and not any(pattern.fullmatch(text) for text in met | of_faults):
+                wrong.append(f"no test meets the documented {what} {row!r}")
+        print(f"{len(rows)} documented {what}s, {len(met)} met")
+        if len(rows) < 10 or len(met) < 10:
+            wrong.append(f"too few {what}s")
+    for line in wrong:
+        print(line)
+    sys.exit(1 if wrong else 0)
+
+
+main()
