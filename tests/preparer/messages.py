@@ -10,8 +10,8 @@ import sys
 
 TOP = pathlib.Path(__file__).resolve().parents[2]
 PREFIX = "displacement_preparer: error: "
-# Rows that no test meets: they take a broken disk, more memory than a test has, or a fault of the program.
-NOT_MET = {"<file>: cannot close: <reason>", "<file>: cannot put in place: <reason>", "an allocation would exceed the memory limit",
+# Rows that no test meets: they say that standard error does not work, or take a broken disk, more memory than a test has, or a fault of the program.
+NOT_MET = {"standard error: cannot write: <reason>", "<file>: cannot close: <reason>", "<file>: cannot put in place: <reason>", "an allocation would exceed the memory limit",
            "the prepared input is not what was meant, which is a fault of this program: <text>",
            "<file>: expected at most <number> bytes, found more"}
 # Messages of the readers about a line, which the document says need no row.

@@ -7,6 +7,7 @@
 #include "base/error.hpp"
 #include "gaussian/checkpoint.hpp"
 #include "gaussian/checkpoint_route.hpp"
+#include "gaussian/lines.hpp"
 #include "gaussian/log.hpp"
 #include "gaussian/read_input.hpp"
 #include "gaussian/source.hpp"
@@ -25,7 +26,7 @@ std::string counted(int count, const std::string& what) {
 }
 
 [[noreturn]] void stop(const std::string& name, int line, const std::string& what) {
-    throw base::run_error(name + (line > 0 ? ":" + std::to_string(line) : "") + ": " + what);
+    throw base::run_error((line > 0 ? gaussian::place_of(name, line) : name) + ": " + what);
 }
 
 /// The title of an input that is made of a source without one.
@@ -202,9 +203,6 @@ source_molecule read_source(const options& asked) {
         case gaussian::source_kind::unknown:
             stop(result.name, 0,
                  "expected a Gaussian input, a log, a formatted checkpoint or an xyz file, found none of these");
-    }
-    if (result.ready.atoms.numbers.empty()) {
-        stop(result.name, 0, "expected a molecule, found no atom");
     }
     replace(asked.charge, "charge", result.ready.atoms.charge, result);
     replace(asked.multiplicity, "multiplicity", result.ready.atoms.multiplicity, result);

@@ -58,8 +58,14 @@ std::string report(const source_molecule& found, const frame::displacement_count
             std::to_string(written.computed) + " as written)\n";
     text += route_line(found);
     for (const gaussian::notice& notice : found.notices) {
-        text +=
-            found.name + (notice.line > 0 ? ":" + std::to_string(notice.line) : "") + ": notice: " + notice.text + "\n";
+        text += found.name;
+        if (notice.line > 0) {
+            text += ':';
+            text += std::to_string(notice.line);
+        }
+        text += ": notice: ";
+        text += notice.text;
+        text += '\n';
     }
     return text;
 }

@@ -42,8 +42,9 @@ frame::frame_result framed(const options& asked, source_molecule& found) {
     if (!found.ready.stands_in_space.empty()) {
         found.notices.push_back(
             {0, "'" + base::shown(found.ready.stands_in_space) +
-                    "' stands in space: the molecule is neither moved nor turned. Set std_orient = F in the "
-                    "generator's control file, and symm = F unless what stands in space has the molecule's symmetry"});
+                    "' stands in space: the molecule is neither moved nor turned. Set symm = F in the generator's "
+                    "control file; "
+                    "std_orient = F is enough where what stands in space has the molecule's symmetry"});
         return untouched(atoms);
     }
     frame::frame_result result = asked.keep_frame ? frame::keep_frame(atoms.numbers, atoms.positions, asked.tolerance)
