@@ -40,7 +40,7 @@ endif()
 # The preparer, on the same example: its report, and the input that it is said to write.
 run("displacement_preparer ${VERSION}\n" ${prefix}/${BINDIR}/displacement_preparer --version)
 run("mol.gjf: Gaussian input of 1 job: 3 atoms, charge 0, multiplicity 1
-group C2v as written, C2v now; no atom moved by more than 0.000001 angstrom
+group C2v as written, C2v now; no atom moved by more than 0.000000 angstrom
 9 of 18 displacements to compute (9 as written)
 route: #p b3lyp/6-31g(d) force nosymm
 " ${CMAKE_COMMAND} -E chdir ${example} ${prefix}/${BINDIR}/displacement_preparer -o prepared.gjf mol.gjf)
