@@ -87,7 +87,7 @@ source_kind kind_of(source& from) {
     }
     // The title of a checkpoint may be any text, so it comes before what only asks for the first line.
     constexpr std::size_t top = 10;
-    constexpr std::size_t all = static_cast<std::size_t>(-1);
+    constexpr auto all = static_cast<std::size_t>(-1);
     if (any_line(text, top, is_section_heading)) {
         return source_kind::checkpoint;
     }

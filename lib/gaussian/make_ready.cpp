@@ -30,13 +30,9 @@ bool names_a_shared_file(std::string_view line) {
         return false;
     }
     const std::string key = lower(stripped(line.substr(1, line.find_first_of("= \t") - 1)));
-    for (const std::string_view name : {"chk", "oldchk", "schk", "rwf", "int", "d2e", "scr", "save", "kjob",
-                                        "oldmatrix", "oldrawmatrix", "errorsave"}) {
-        if (key == name) {
-            return true;
-        }
-    }
-    return false;
+    constexpr std::string_view names[] = {"chk", "oldchk", "schk", "rwf",       "int",          "d2e",
+                                          "scr", "save",   "kjob", "oldmatrix", "oldrawmatrix", "errorsave"};
+    return std::find(std::begin(names), std::end(names), key) != std::end(names);
 }
 
 std::vector<std::string> ready_link0(const input& source) {

@@ -86,10 +86,10 @@ int find_title(const input_lines& input) {
 
 int find_charge(const input_lines& input) {
     const int title = find_title(input);
-    const int first = title + 1;  // the first title line is never the blank line that ends the section
-    const int blank = find_blank(input, first);
+    const int from = title + 1;  // the first title line is never the blank line that ends the section
+    const int blank = find_blank(input, from);
     if (blank == 0) {
-        section_error(input, first, "a blank line that ends the title section", title, input.nline);
+        section_error(input, from, "a blank line that ends the title section", title, input.nline);
     }
     if (blank == input.nline) {
         section_error(input, blank + 1, "a charge and multiplicity line", title, blank - 1);

@@ -4,11 +4,13 @@
 
 #include <cmath>
 #include <string>
+#include <utility>
 
 #include "base/error.hpp"
 #include "check_prepared.hpp"
 #include "file/descriptor.hpp"
 #include "frame/frame.hpp"
+#include "gaussian/fields.hpp"
 #include "gaussian/ready_input.hpp"
 #include "prepared_file.hpp"
 #include "report.hpp"
@@ -40,11 +42,11 @@ frame::frame_result untouched(const gaussian::molecule& atoms) {
 frame::frame_result framed(const options& asked, source_molecule& found) {
     const gaussian::molecule& atoms = found.ready.atoms;
     if (!found.ready.stands_in_space.empty()) {
-        found.notices.push_back(
-            {0, "'" + base::shown(found.ready.stands_in_space) +
-                    "' stands in space: the molecule is neither moved nor turned. Set symm = F in the generator's "
-                    "control file; "
-                    "std_orient = F is enough where what stands in space has the molecule's symmetry"});
+        std::string text = gaussian::quoted(found.ready.stands_in_space);
+        text +=
+            " stands in space: the molecule is neither moved nor turned. Set symm = F in the generator's control file; "
+            "std_orient = F is enough where what stands in space has the molecule's symmetry";
+        found.notices.push_back({0, std::move(text)});
         return untouched(atoms);
     }
     frame::frame_result result = asked.keep_frame ? frame::keep_frame(atoms.numbers, atoms.positions, asked.tolerance)
