@@ -21,13 +21,7 @@ bool is_route_word(std::string_view text) {
 
 /// What Gaussian prints for a basis that was read from a section, or for none.
 bool is_unnamed_basis(std::string_view basis) {
-    const std::string word = lower(basis);
-    for (const std::string_view name : {"gen", "genecp", "general", "chkbas", "chkbasis", "unknown"}) {
-        if (word == name) {
-            return true;
-        }
-    }
-    return false;
+    return is_one_of(basis, {"gen", "genecp", "general", "chkbas", "chkbasis", "unknown"});
 }
 
 /// The method as a route has it: the mark of a frozen core behind it becomes an option. Empty where it cannot be told.

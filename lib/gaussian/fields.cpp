@@ -35,6 +35,10 @@ bool equal_words(std::string_view a, std::string_view b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
 }
 
+bool is_one_of(std::string_view word, std::initializer_list<std::string_view> others) {
+    return std::any_of(others.begin(), others.end(), [&](std::string_view other) { return equal_words(word, other); });
+}
+
 bool begins_with(std::string_view word, std::string_view beginning) {
     return equal_words(word.substr(0, beginning.size()), beginning);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,9 @@ std::string lower(std::string_view text);
 
 /// Whether two words differ in letter case at the most.
 bool equal_words(std::string_view a, std::string_view b);
+
+/// Whether a word is one of some others, in any letter case.
+bool is_one_of(std::string_view word, std::initializer_list<std::string_view> others);
 
 /// Whether a word begins with another one that is given in small letters.
 bool begins_with(std::string_view word, std::string_view beginning);

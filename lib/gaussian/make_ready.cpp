@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
 #include <utility>
 
 #include "base/error.hpp"
@@ -29,10 +28,9 @@ bool names_a_shared_file(std::string_view line) {
     if (!line.starts_with('%')) {
         return false;
     }
-    const std::string key = lower(stripped(line.substr(1, line.find_first_of("= \t") - 1)));
-    constexpr std::string_view names[] = {"chk", "oldchk", "schk", "rwf",       "int",          "d2e",
-                                          "scr", "save",   "kjob", "oldmatrix", "oldrawmatrix", "errorsave"};
-    return std::find(std::begin(names), std::end(names), key) != std::end(names);
+    const std::string_view key = stripped(line.substr(1, line.find_first_of("= \t") - 1));
+    return is_one_of(key, {"chk", "oldchk", "schk", "rwf", "int", "d2e", "scr", "save", "kjob", "oldmatrix",
+                           "oldrawmatrix", "errorsave"});
 }
 
 std::vector<std::string> ready_link0(const input& source) {

@@ -113,7 +113,7 @@ void assembly::take_geometry() {
         archived.numbers == rows.numbers && (in_input_frame ? same_positions(archived.positions, rows.values)
                                                             : same_when_laid_on(archived.positions, rows.values));
     job_.molecule.numbers = std::move(rows.numbers);
-    job_.molecule.positions = same ? archived.positions : std::move(rows.values);
+    job_.molecule.positions = same ? archived.positions : rows.values;
     job_.decimals = same ? archive_decimals : table_decimals;
     if (!in_input_frame && !same && (last.axes_restored || !keeps_frame(job_.route))) {
         job_.in = frame::standard;

@@ -74,22 +74,10 @@ struct reader {
 
 bool is_name(std::string_view field) { return !field.empty() && (is_letter(field.front()) || field.front() == '_'); }
 
-bool is_layer(std::string_view field) {
-    for (const std::string_view word : {"h", "m", "l", "high", "medium", "low"}) {
-        if (equal_words(field, word)) {
-            return true;
-        }
-    }
-    return false;
-}
+bool is_layer(std::string_view field) { return is_one_of(field, {"h", "m", "l", "high", "medium", "low"}); }
 
 bool is_heading(std::string_view text) {
-    for (const std::string_view word : {"variables:", "constants:", "variables", "constants"}) {
-        if (equal_words(text, word)) {
-            return true;
-        }
-    }
-    return false;
+    return is_one_of(text, {"variables:", "constants:", "variables", "constants"});
 }
 
 /// Whether an integer is one of zeros only.

@@ -14,8 +14,6 @@ namespace {
 using words = std::initializer_list<std::string_view>;
 using fate = section_claim::fate;
 
-bool is_one_of(std::string_view name, words all) { return std::find(all.begin(), all.end(), name) != all.end(); }
-
 bool begins_with_any(std::string_view name, words beginnings) {
     return std::any_of(beginnings.begin(), beginnings.end(), [&](std::string_view b) { return name.starts_with(b); });
 }
