@@ -1,0 +1,100 @@
+#include <cmath>
+#include <cstdio>
+#include <string_view>
+
+#include "base/error.hpp"
+#include "gaussian/constants.hpp"
+#include "gaussian/route.hpp"
+#include "geometry.hpp"
+
+namespace displacement_generator::assembler {
+
+namespace {
+
+/// The list has six decimals of dx, and both coordinates whose difference is the step have eight.
+constexpr double step_rounding = 0.5e-6 + 2 * 0.5e-8 + 1e-10;
+constexpr std::string_view directions = "xyz";
+
+std::string decimals(double value) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.8f", value);
+    return text;
+}
+
+/// "y of atom 2"
+std::string coordinate_name(Eigen::Index c) {
+    return std::string(1, directions[static_cast<std::size_t>(c % 3)]) + " of atom " + std::to_string(c / 3 + 1);
+}
+
+/// The unit of lengths that a route asks for, in angstrom.
+double unit_of(const geometry& from, const std::string& place) {
+    for (const gaussian::route_keyword& keyword : gaussian::parse_route(from.route, place).keywords) {
+        if (keyword.name() != "units" && keyword.name() != "unit") {
+            continue;
+        }
+        for (const gaussian::route_option& option : keyword.parts.front().options) {
+            if (option.name == "au" || option.name == "bohr") {
+                return gaussian::bohr_in_angstrom;
+            }
+        }
+    }
+    return 1.0;
+}
+
+/// The step of a displaced file; stops the run where another coordinate is moved or the step is not dx.
+double step_of(const std::string& name, const geometry& displaced, const geometry& reference, Eigen::Index point,
+               double dx) {
+    if (displaced.route != reference.route) {
+        throw base::run_error(name + ":" + std::to_string(displaced.route_line) + ": expected the route '" +
+                              base::shown(reference.route, 200) + "' of the reference, found '" +
+                              base::shown(displaced.route, 200) + "'");
+    }
+    if (displaced.charge != reference.charge || displaced.multiplicity != reference.multiplicity) {
+        throw base::run_error(name + ":" + std::to_string(displaced.first_atom_line - 1) + ": expected charge " +
+                              std::to_string(reference.charge) + " and multiplicity " +
+                              std::to_string(reference.multiplicity) + " of the reference, found " +
+                              std::to_string(displaced.charge) + " and " + std::to_string(displaced.multiplicity));
+    }
+    const Eigen::Index own = point / 2;
+    const Eigen::Matrix3Xd moved = displaced.positions - reference.positions;
+    for (Eigen::Index c = 0; c < moved.size(); ++c) {
+        const double expected = c != own ? 0.0 : point % 2 == 0 ? -dx : dx;
+        const double allowed = c != own ? 0.0 : step_rounding;
+        if (!(std::abs(moved.reshaped()(c) - expected) <= allowed)) {
+            throw base::run_error(name + ":" + std::to_string(displaced.first_atom_line + static_cast<int>(c / 3)) +
+                                  ": expected " + coordinate_name(c) + " to be moved by " + decimals(expected) +
+                                  " from the reference, found " + decimals(moved.reshaped()(c)));
+        }
+    }
+    return moved.reshaped()(own);
+}
+
+}  // namespace
+
+geometry_set read_geometries(const std::string& folder, const displacement_list& list,
+                             std::vector<std::string>& refusals) {
+    geometry_set result;
+    result.steps = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(6 * list.numbers.size()));
+    bool has_reference = false;
+    for (const listed_file& file : list.files) {
+        bool is_good = false;
+        try {
+            gaussian::source from(folder + file.name + ".com", gaussian::opening::regular_only);
+            geometry found = read_geometry(from, list.symbols);
+            if (file.point < 0) {
+                result.unit_in_angstrom = unit_of(found, from.name() + ":" + std::to_string(found.route_line));
+                result.reference = std::move(found);
+                has_reference = is_good = true;
+            } else if (has_reference) {
+                result.steps(file.point) = step_of(from.name(), found, result.reference, file.point, list.dx);
+                is_good = true;
+            }
+        } catch (const base::run_error& error) {
+            refusals.emplace_back(error.what());
+        }
+        result.are_good.push_back(is_good);
+    }
+    return result;
+}
+
+}  // namespace displacement_generator::assembler

@@ -1,0 +1,115 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/error.hpp"
+#include "base/free_format.hpp"
+#include "options.hpp"
+
+namespace displacement_generator::assembler {
+
+namespace {
+
+// What an atom may weigh, in amu: far less and far more than any isotope.
+constexpr double least_mass = 0.001;
+constexpr double largest_mass = 10000.0;
+
+[[noreturn]] void stop(const std::string& what) {
+    throw base::run_error("command line: " + what + " (displacement_assembler --help tells more)");
+}
+
+/// A message of the command-line library in the form of ours.
+std::string in_our_form(const CLI::ParseError& error) {
+    std::string text = base::shown(error.what(), 300);
+    if (text.size() > 1 && text[0] >= 'A' && text[0] <= 'Z' && text[1] >= 'a' && text[1] <= 'z') {
+        text[0] = static_cast<char>(text[0] - 'A' + 'a');
+    }
+    return text;
+}
+
+atom_mass read_atom_mass(std::string_view text) {
+    atom_mass result{};
+    const std::size_t sign = text.find('=');
+    if (sign == std::string_view::npos ||
+        base::read_integer(text.substr(0, sign), result.atom) != base::number_status::ok || result.atom < 1 ||
+        base::read_real(text.substr(sign + 1), result.mass) != base::number_status::ok) {
+        stop("--mass: expected ATOM=VALUE, such as 3=2.014, found '" + base::shown(text) + "'");
+    }
+    if (!(result.mass >= least_mass && result.mass <= largest_mass)) {
+        stop("--mass: expected a mass from 0.001 to 10000 amu, found '" + base::shown(text) + "'");
+    }
+    return result;
+}
+
+void take_masses(const std::string& kind, const std::vector<std::string>& masses, options& asked) {
+    if (kind != "isotope" && kind != "average") {
+        stop("--masses: expected isotope or average, found '" + base::shown(kind) + "'");
+    }
+    asked.average_masses = kind == "average";
+    for (const std::string& text : masses) {
+        const atom_mass next = read_atom_mass(text);
+        if (std::any_of(asked.atom_masses.begin(), asked.atom_masses.end(),
+                        [&](const atom_mass& other) { return other.atom == next.atom; })) {
+            stop("--mass: expected each atom once, found atom " + std::to_string(next.atom) + " twice");
+        }
+        asked.atom_masses.push_back(next);
+    }
+}
+
+void check_name(const CLI::Option* option, const char* name, const std::string& value) {
+    if (option->count() != 0 && (value.empty() || value == "-")) {
+        stop(std::string(name) + ": expected the name of a file, found '" + value + "'");
+    }
+}
+
+}  // namespace
+
+std::string read_options(int argc, const char* const* argv, options& asked) {
+    CLI::App app(
+        "Makes frequencies, normal modes and their symmetry species of the list that displacement_generator wrote and\n"
+        "the forces computed for its files: coord-TAG.log, .out, .fchk or .forces beside each coord-TAG.com. The "
+        "table\n"
+        "goes to standard output, notices go to standard error.",
+        "displacement_assembler");
+    constexpr std::size_t column = 26;
+    app.get_formatter()->column_width(column);
+    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+    app.set_version_flag("--version", std::string("displacement_assembler " DISPLACEMENT_GENERATOR_VERSION),
+                         "print the version and end");
+    app.set_help_flag("-h,--help", "print this help and end");
+    std::string kind = "isotope";
+    std::vector<std::string> masses;
+    const CLI::Option* folder =
+        app.add_option("FOLDER", asked.folder, "the folder PES-0, or one that holds it (default: here)")->type_name("");
+    app.add_option("--masses", kind, "isotope: the most abundant one of each element (default); average: over all")
+        ->type_name("KIND");
+    app.add_option("--mass", masses, "of one atom, in amu; may be given several times")
+        ->type_name("ATOM=VALUE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    const CLI::Option* molden =
+        app.add_option("--molden", asked.molden, "write the modes for viewers")->type_name("FILE");
+    const CLI::Option* hessian =
+        app.add_option("--hessian", asked.hessian, "write Hessian and dipole derivatives as a formatted checkpoint")
+            ->type_name("FILE");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        return app.help();
+    } catch (const CLI::CallForVersion& version) {
+        return std::string(version.what()) + "\n";
+    } catch (const CLI::ParseError& error) {
+        stop(in_our_form(error));
+    }
+    if (folder->count() != 0 && asked.folder.empty()) {
+        stop("FOLDER: expected the name of a folder, found an empty one");
+    }
+    check_name(molden, "--molden", asked.molden);
+    check_name(hessian, "--hessian", asked.hessian);
+    take_masses(kind, masses, asked);
+    return {};
+}
+
+}  // namespace displacement_generator::assembler

@@ -1,0 +1,209 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <string_view>
+
+#include "base/error.hpp"
+#include "gaussian/checkpoint.hpp"
+#include "gaussian/constants.hpp"
+#include "gaussian/forces_file.hpp"
+#include "gaussian/log.hpp"
+#include "gaussian/source.hpp"
+#include "gaussian/superpose.hpp"
+#include "gaussian/symbols.hpp"
+#include "gaussian/words.hpp"
+#include "result.hpp"
+
+namespace displacement_generator::assembler {
+
+namespace {
+
+/// How far (angstrom) a coordinate may lie from that of the geometry file beside half of its last digit: rounding of
+/// conversions between bohr and angstrom with the constants of several versions.
+constexpr double conversion = 1e-7;
+/// Two geometries that are equal but for their frame.
+constexpr double same_when_turned = 2e-5;
+
+bool exists(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0;
+}
+
+/// A route that can be compared: small letters, single blanks.
+std::string plain_route(std::string_view route) {
+    std::string plain;
+    for (std::string_view word = gaussian::next_word(route); !word.empty(); word = gaussian::next_word(route)) {
+        plain += plain.empty() ? "" : " ";
+        plain += word;
+    }
+    for (char& c : plain) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return plain;
+}
+
+std::string point_text(const Eigen::Vector3d& at) {
+    std::array<char, 128> text{};
+    std::snprintf(text.data(), text.size(), "(%.6f, %.6f, %.6f)", at(0), at(1), at(2));
+    return text.data();
+}
+
+void check_atoms(const std::string& place, const std::vector<int>& numbers, const expected_geometry& expected) {
+    if (numbers.size() != expected.numbers.size()) {
+        throw base::run_error(place + ": expected " + std::to_string(expected.numbers.size()) + " atoms, found " +
+                              std::to_string(numbers.size()));
+    }
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        if (numbers[i] != expected.numbers[i]) {
+            throw base::run_error(place + ": expected " + std::string(gaussian::symbol_of(expected.numbers[i])) +
+                                  " as atom " + std::to_string(i + 1) + ", found " +
+                                  std::string(gaussian::symbol_of(numbers[i])));
+        }
+    }
+}
+
+void check_charge(const std::string& place, const gaussian::molecule& found, const expected_geometry& expected) {
+    if (found.charge != expected.charge || found.multiplicity != expected.multiplicity) {
+        throw base::run_error(place + ": expected charge " + std::to_string(expected.charge) + " and multiplicity " +
+                              std::to_string(expected.multiplicity) + ", found " + std::to_string(found.charge) +
+                              " and " + std::to_string(found.multiplicity));
+    }
+}
+
+/// Stops the run unless positions are those of the geometry file.
+///   digits  in  (angstrom) half a unit of the last digit of each coordinate
+void check_positions(const std::string& place, const Eigen::Matrix3Xd& positions, const expected_geometry& expected,
+                     const Eigen::Matrix3Xd& digits) {
+    const Eigen::Matrix3Xd off = (positions - expected.positions).cwiseAbs() - digits;
+    Eigen::Index row = 0;
+    Eigen::Index atom = 0;
+    if (off.maxCoeff(&row, &atom) <= conversion) {
+        return;
+    }
+    std::string message = place + ": expected the geometry of the .com with atom " + std::to_string(atom + 1) + " at " +
+                          point_text(expected.positions.col(atom)) + ", found it at " + point_text(positions.col(atom));
+    if (positions.cols() > 1 &&
+        gaussian::superpose(positions, expected.positions).largest_distance <= same_when_turned) {
+        message += "; the molecule is the same in another frame, compute with nosymm";
+    }
+    throw base::run_error(message);
+}
+
+void read_log(const std::string& path, const expected_geometry& expected, result& found) {
+    gaussian::source from(path, gaussian::opening::regular_only);
+    std::vector<gaussian::notice> notices;
+    gaussian::log_contents log = gaussian::read_log(from, notices);
+    gaussian::log_job& job = log.job;
+    if (job.number == 0) {
+        throw base::run_error(from.name() + ": expected the log of a finished job, found one without a geometry");
+    }
+    if (log.ended_normally != log.jobs) {
+        throw base::run_error(from.name() +
+                              ": expected the log of a finished job, found one that did not end normally");
+    }
+    check_atoms(from.name() + ":" + std::to_string(job.geometry_line != 0 ? job.geometry_line : job.line),
+                job.molecule.numbers, expected);
+    if (job.has_charge) {
+        check_charge(from.name() + ":" + std::to_string(job.line), job.molecule, expected);
+    }
+    if (job.forces.cols() == 0) {
+        throw base::run_error(job.forces_problem);
+    }
+    if (!job.forces_of_last) {
+        throw base::run_error(from.name() + ":" + std::to_string(job.forces_line) +
+                              ": expected forces at the last geometry, found those of an earlier one");
+    }
+    const double half_digit = 0.5 * std::pow(10.0, -job.decimals);
+    check_positions(from.name() + ":" + std::to_string(job.geometry_line != 0 ? job.geometry_line : job.forces_line),
+                    job.force_positions, expected,
+                    Eigen::Matrix3Xd::Constant(3, job.force_positions.cols(), half_digit));
+    found.forces = std::move(job.forces);
+    found.energy = job.energy;
+    found.dipole = job.dipole;
+    found.route = plain_route(job.route);
+    found.route_place = from.name() + ":" + std::to_string(job.line);
+}
+
+/// A checkpoint has no mark of its end; at least its last line must be whole.
+void check_line_end(const std::string& path, const std::string& name) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    char last = '\n';
+    if (descriptor >= 0) {
+        const off_t size = ::lseek(descriptor, 0, SEEK_END);
+        if (size > 0 && ::pread(descriptor, &last, 1, size - 1) != 1) {
+            last = '\n';  // the reader itself tells of files that cannot be read
+        }
+        ::close(descriptor);
+    }
+    if (last != '\n') {
+        throw base::run_error(name + ": expected a line end at the end of the file, found none; it was cut");
+    }
+}
+
+void read_checkpoint(const std::string& path, const expected_geometry& expected, result& found) {
+    gaussian::source from(path, gaussian::opening::regular_only);
+    const gaussian::checkpoint contents = gaussian::read_checkpoint(from);
+    check_line_end(path, from.name());
+    if (!contents.ghosts.empty()) {
+        throw base::run_error(from.name() + ": expected no ghost atoms, found atom " +
+                              std::to_string(contents.ghosts.front()) + " without a nuclear charge");
+    }
+    const gaussian::molecule molecule = gaussian::molecule_of(contents);
+    check_atoms(from.name(), molecule.numbers, expected);
+    check_charge(from.name(), molecule, expected);
+    if (contents.gradient.cols() == 0) {
+        throw base::run_error(from.name() + ": expected a section 'Cartesian Gradient', found none");
+    }
+    // nine digits
+    const Eigen::Matrix3Xd digits = molecule.positions.cwiseAbs() * 1e-8;
+    check_positions(from.name(), molecule.positions, expected, digits);
+    found.forces = -contents.gradient;
+    found.energy = contents.energy;
+    found.dipole = contents.dipole;
+    found.route = plain_route(contents.route);
+    found.route_place = from.name();
+}
+
+void read_plain_forces(const std::string& path, const expected_geometry& expected, result& found) {
+    gaussian::source from(path, gaussian::opening::regular_only);
+    gaussian::forces_file contents = gaussian::read_forces(from, static_cast<int>(expected.numbers.size()));
+    found.forces = std::move(contents.forces);
+    found.energy = contents.energy;
+    found.dipole = contents.dipole;
+}
+
+struct kind {
+    std::string_view ending;
+    void (*read)(const std::string& path, const expected_geometry& expected, result& found);
+};
+constexpr std::array kinds = {kind{".log", read_log}, kind{".out", read_log}, kind{".fchk", read_checkpoint},
+                              kind{".forces", read_plain_forces}};
+
+}  // namespace
+
+std::string find_result(const std::string& stem) {
+    for (const kind& next : kinds) {
+        if (std::string path = stem + std::string(next.ending); exists(path)) {
+            return path;
+        }
+    }
+    return {};
+}
+
+result read_result(const std::string& path, const expected_geometry& expected) {
+    result found;
+    found.file = path;
+    for (const kind& next : kinds) {
+        if (path.ends_with(next.ending)) {
+            next.read(path, expected, found);
+            break;
+        }
+    }
+    return found;
+}
+
+}  // namespace displacement_generator::assembler

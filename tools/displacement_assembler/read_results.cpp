@@ -1,0 +1,197 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <map>
+#include <string_view>
+#include <system_error>
+#include <thread>
+
+#include "base/error.hpp"
+#include "file/descriptor.hpp"
+#include "result.hpp"
+
+namespace displacement_generator::assembler {
+
+namespace {
+
+/// How many files have been read, on a terminal, once this takes longer than a second.
+class progress {
+  public:
+    explicit progress(std::size_t all) : all_(all), shown_(::isatty(STDERR_FILENO) == 1) {}
+    ~progress() {
+        if (written_ != 0) {
+            file::write_all(STDERR_FILENO, "\r" + std::string(written_, ' ') + "\r");
+        }
+    }
+    progress(const progress&) = delete;
+    progress& operator=(const progress&) = delete;
+
+    void show(std::size_t done) {
+        const auto now = std::chrono::steady_clock::now();
+        if (!shown_ || now < next_) {
+            return;
+        }
+        next_ = now + std::chrono::milliseconds(200);
+        const std::string text = "read " + std::to_string(done) + " of " + std::to_string(all_);
+        written_ = text.size();
+        file::write_all(STDERR_FILENO, "\r" + text);
+    }
+
+  private:
+    std::size_t all_;
+    bool shown_;
+    std::size_t written_ = 0;
+    std::chrono::steady_clock::time_point next_ = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+};
+
+/// What is kept of a result beside its forces.
+struct summary {
+    bool is_missing = false;
+    std::string refusal;
+    bool has_dipole = false;
+    std::string file;
+    std::string route;
+    std::string route_place;
+};
+
+class gathering {
+  public:
+    gathering(const std::string& folder, const displacement_list& list, const geometry_set& geometries)
+        : folder_(folder), list_(list), geometries_(geometries), summaries_(list.files.size()) {
+        const auto natom = static_cast<Eigen::Index>(list.numbers.size());
+        found_.forces.resize(3 * natom, 6 * natom);
+        found_.dipoles.resize(3, 6 * natom);
+    }
+
+    /// Takes files until there are no more; run by several threads.
+    void take_files(progress* shown) {
+        for (std::size_t i = next_++; i < list_.files.size(); i = next_++) {
+            try {
+                take(i);
+            } catch (const base::run_error& error) {
+                summaries_[i].refusal = error.what();
+            } catch (const std::exception& error) {  // for want of memory, for example: never beyond a thread
+                summaries_[i].refusal = folder_ + list_.files[i].name + ": " + error.what();
+            }
+            if (shown != nullptr) {
+                shown->show(i + 1);
+            }
+        }
+    }
+
+    results finish(std::vector<std::string>& refusals);
+
+  private:
+    void take(std::size_t i);
+    void check_routes();
+
+    const std::string& folder_;
+    const displacement_list& list_;
+    const geometry_set& geometries_;
+    std::vector<summary> summaries_;
+    std::atomic<std::size_t> next_ = 0;
+    results found_;
+};
+
+void gathering::take(std::size_t i) {
+    const listed_file& file = list_.files[i];
+    const std::string stem = folder_ + file.name;
+    summary& kept = summaries_[i];
+    kept.file = find_result(stem);
+    if (kept.file.empty()) {
+        kept.is_missing = true;
+        kept.refusal = base::shown(stem, stem.size()) + ": expected a .log, .out, .fchk or .forces, found none";
+        return;
+    }
+    if (!geometries_.are_good[i]) {
+        return;
+    }
+    const geometry& reference = geometries_.reference;
+    expected_geometry expected{list_.numbers, reference.charge, reference.multiplicity, reference.positions};
+    if (file.point >= 0) {
+        expected.positions.reshaped()(file.point / 2) += geometries_.steps(file.point);
+    }
+    expected.positions *= geometries_.unit_in_angstrom;
+    result read = read_result(kept.file, expected);
+    kept.has_dipole = read.dipole.has_value();
+    kept.route = read.route;
+    kept.route_place = read.route_place;
+    if (file.point < 0) {
+        found_.reference = std::move(read);
+        return;
+    }
+    found_.forces.col(file.point) = read.forces.reshaped();
+    if (read.dipole) {
+        found_.dipoles.col(file.point) = *read.dipole;
+    }
+}
+
+/// All results must have the route that most of them have; of several, the one that comes first in the list.
+void gathering::check_routes() {
+    std::map<std::string_view, std::size_t> count;
+    for (const summary& one : summaries_) {
+        count[one.route] += one.route.empty() ? 0U : 1U;
+    }
+    const summary* usual = nullptr;
+    for (const summary& one : summaries_) {
+        if (!one.route.empty() && (usual == nullptr || count[one.route] > count[usual->route])) {
+            usual = &one;
+        }
+    }
+    if (usual == nullptr) {
+        return;
+    }
+    found_.route = usual->route;
+    for (summary& one : summaries_) {
+        if (!one.route.empty() && one.route != usual->route && one.refusal.empty()) {
+            one.refusal = one.route_place + ": expected the route '" + base::shown(usual->route, 200) +
+                          "' as in most files, found '" + base::shown(one.route, 200) + "'";
+        }
+    }
+}
+
+results gathering::finish(std::vector<std::string>& refusals) {
+    check_routes();
+    for (std::size_t i = 0; i < summaries_.size(); ++i) {
+        const summary& one = summaries_[i];
+        found_.missing += one.is_missing ? 1 : 0;
+        if (!one.refusal.empty()) {
+            refusals.push_back(one.refusal);
+        } else if (!one.has_dipole && found_.without_dipole.empty() && list_.files[i].point >= 0) {
+            found_.without_dipole = one.file;
+        }
+    }
+    if (!found_.without_dipole.empty()) {
+        found_.dipoles.resize(3, 0);
+    }
+    return std::move(found_);
+}
+
+}  // namespace
+
+results read_results(const std::string& folder, const displacement_list& list, const geometry_set& geometries,
+                     std::vector<std::string>& refusals) {
+    constexpr unsigned most_threads = 16;
+    constexpr std::size_t files_worth_a_thread = 16;
+    gathering files(folder, list, geometries);
+    const unsigned useful =
+        static_cast<unsigned>(std::min<std::size_t>(list.files.size() / files_worth_a_thread, most_threads));
+    const unsigned helpers = std::min(useful, std::max(std::thread::hardware_concurrency(), 1U) - 1);
+    {
+        progress shown(list.files.size());
+        std::vector<std::jthread> threads;
+        try {
+            for (unsigned i = 0; i < helpers; ++i) {
+                threads.emplace_back([&] { files.take_files(nullptr); });
+            }
+        } catch (const std::system_error&) {  // no more threads: those that there are do it all
+        }
+        files.take_files(&shown);
+    }
+    return files.finish(refusals);
+}
+
+}  // namespace displacement_generator::assembler

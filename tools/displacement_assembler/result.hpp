@@ -1,0 +1,59 @@
+#pragma once
+
+#include <Eigen/Core>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "geometry.hpp"
+
+namespace displacement_generator::assembler {
+
+/// What was computed at one geometry, in atomic units and in the frame of its geometry file.
+struct result {
+    std::string file;                       ///< it was read from
+    Eigen::Matrix3Xd forces;                ///< hartree/bohr, a column an atom
+    std::optional<double> energy;           ///< hartree
+    std::optional<Eigen::Vector3d> dipole;  ///< e bohr
+    std::string route;                      ///< in small letters, single blanks; empty where the file holds none
+    std::string route_place;                ///< what a message about it begins with
+};
+
+/// The geometry that a result must belong to.
+struct expected_geometry {
+    const std::vector<int>& numbers;  ///< atomic numbers
+    int charge;
+    int multiplicity;
+    Eigen::Matrix3Xd positions;  ///< angstrom
+};
+
+/// The result that stands beside a geometry file: the first of STEM.log, STEM.out, STEM.fchk and STEM.forces that
+/// exists; empty where none does.
+///   stem  in  path of the geometry file without its ".com"
+std::string find_result(const std::string& stem);
+
+/// Reads a result.
+///   path      in  from find_result
+///   expected  in
+/// Stops the run with "NAME: ..." or "NAME:LINE: ..." where it cannot be trusted: not finished, no forces, other atoms,
+/// another geometry or frame.
+result read_result(const std::string& path, const expected_geometry& expected);
+
+/// What was computed at all geometries of a list.
+struct results {
+    result reference;
+    Eigen::MatrixXd forces;      ///< (3N, 6N) a point a column; those of computed points are filled
+    Eigen::Matrix3Xd dipoles;    ///< (3, 6N) in the same way; without columns where a point has none
+    std::string without_dipole;  ///< the first file without a dipole moment; empty where all have one
+    int missing = 0;             ///< how many files of the list have no result
+    std::string route;           ///< of all logs, as result::route; empty where no file holds one
+};
+
+/// Reads all results, several at a time.
+///   folder, list  in      as for read_geometries
+///   geometries    in      the results of files that are not good are looked for, but not read
+///   refusals      in/out  a message is appended for each result that is missing or refused, in the order of the list
+results read_results(const std::string& folder, const displacement_list& list, const geometry_set& geometries,
+                     std::vector<std::string>& refusals);
+
+}  // namespace displacement_generator::assembler
