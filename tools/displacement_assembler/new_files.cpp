@@ -30,7 +30,7 @@ mode_t usual_mode() {
 /// is compared by its folder.
 std::string real_place(const std::string& name) {
     std::error_code error;
-    const std::filesystem::path target = std::filesystem::weakly_canonical(name, error);
+    const std::filesystem::path target = std::filesystem::weakly_canonical(std::filesystem::absolute(name), error);
     return error ? name : target.string();
 }
 

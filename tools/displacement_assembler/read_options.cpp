@@ -87,7 +87,7 @@ std::string read_options(int argc, const char* const* argv, options& asked) {
         ->type_name("KIND");
     app.add_option("--mass", masses, "of one atom, in amu; may be given several times")
         ->type_name("ATOM=VALUE")
-        ->expected(1)
+        ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     const CLI::Option* molden =
         app.add_option("--molden", asked.molden, "write the modes for viewers")->type_name("FILE");

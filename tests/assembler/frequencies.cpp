@@ -1,0 +1,247 @@
+#include <gtest/gtest.h>
+
+#include <Eigen/Geometry>
+#include <cmath>
+#include <map>
+
+#include "gaussian/checkpoint.hpp"
+#include "model.hpp"
+
+using namespace displacement_generator;
+using namespace displacement_generator::assembler_tests;
+
+namespace {
+
+const std::map<int, double> isotopes = {{1, 1.00782503},  {6, 12.0},         {8, 15.99491462},
+                                        {9, 18.99840316}, {17, 34.96885268}, {35, 78.91833760}};
+
+std::vector<double> isotope_masses(const std::vector<int>& numbers) {
+    std::vector<double> masses;
+    for (const int number : numbers) {
+        masses.push_back(isotopes.at(number));
+    }
+    return masses;
+}
+
+/// "3A1 2B2": how many modes of each species.
+std::string counted(const std::vector<table_row>& rows) {
+    std::map<std::string, int> count;
+    for (const table_row& row : rows) {
+        ++count[row.species];
+    }
+    std::string text;
+    for (const auto& [species, modes] : count) {
+        text += (text.empty() ? "" : " ") + std::to_string(modes) + species;
+    }
+    return text;
+}
+
+void expect_textbook(const std::vector<table_row>& rows, const textbook& expected) {
+    ASSERT_EQ(rows.size(), static_cast<std::size_t>(expected.frequencies.size()));
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const auto k = static_cast<Eigen::Index>(i);
+        EXPECT_EQ(rows[i].number, static_cast<int>(i) + 1);
+        EXPECT_NEAR(rows[i].frequency, expected.frequencies(k), 0.01);
+        EXPECT_NEAR(rows[i].reduced_mass, expected.reduced_masses(k), 0.001);
+        EXPECT_NEAR(rows[i].force_constant, expected.force_constants(k), 0.001);
+        EXPECT_NEAR(std::stod(rows[i].intensity), expected.intensities(k), 0.01 + 5e-5 * expected.intensities(k));
+    }
+}
+
+struct group_case {
+    const char* example;
+    const char* species;  ///< by the characters of its group
+};
+
+model model_here() { return make_model(read_geometry_file("PES-0/" + names().front() + ".com")); }
+
+}  // namespace
+
+TEST(frequencies, every_group_gives_those_of_the_textbook_from_logs) {
+    for (const group_case& one : {group_case{"bromochlorofluoromethane", "9A"},
+                                  {"hypochlorous-acid", "3A'"},
+                                  {"hydrogen-peroxide", "4A 2B"},
+                                  {"1-2-dichloro-1-2-difluoroethane", "9Ag 9Au"},
+                                  {"formaldehyde", "3A1 1B1 2B2"},
+                                  {"trans-1-2-dichloroethylene", "5Ag 2Au 1Bg 4Bu"},
+                                  {"twistane", "19A 18B1 18B2 17B3"},
+                                  {"ethylene", "3Ag 1Au 2B1g 1B1u 1B2g 2B2u 2B3u"}}) {
+        SCOPED_TRACE(one.example);
+        const support::scratch_folder folder;
+        generate(one.example);
+        const model molecule = model_here();
+        write_logs(molecule);
+        const support::outcome done = assemble();
+        EXPECT_EQ(done.status, 0);
+        EXPECT_EQ(done.standard_error, "");
+        const std::vector<table_row> rows = rows_of(done.standard_output);
+        expect_textbook(rows, vibrations_of(molecule, isotope_masses(molecule.reference.numbers)));
+        EXPECT_EQ(counted(rows), one.species);
+    }
+}
+
+TEST(frequencies, settings_of_the_generator_change_nothing) {
+    for (const char* settings : {"dx = 0.005, std_orient = F", "dx = 0.005, disp_sign = 1", "dx = 0.005, symm = F",
+                                 "dx = 0.01", "dx = 0.0123456"}) {
+        SCOPED_TRACE(settings);
+        const support::scratch_folder folder;
+        generate("formaldehyde", settings);
+        const model molecule = model_here();
+        write_logs(molecule);
+        const support::outcome done = assemble({"PES-0"});
+        EXPECT_EQ(done.status, 0) << done.standard_error;
+        expect_textbook(rows_of(done.standard_output),
+                        vibrations_of(molecule, isotope_masses(molecule.reference.numbers)));
+    }
+}
+
+TEST(frequencies, logs_in_the_standard_orientation_give_the_same) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    for (const std::string& name : names()) {
+        support::twin_job job = job_of(molecule, name);
+        job.standard = {Eigen::AngleAxisd(1.1, Eigen::Vector3d(1, 2, 3).normalized()).toRotationMatrix(),
+                        Eigen::Vector3d(0.1, -0.2, 0.3)};
+        job.route = "#p b3lyp/6-31g(d) force";
+        write_log(name, job);
+    }
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.status, 0);
+    EXPECT_EQ(done.standard_error,
+              "PES-0/files.out: notice: the route of the results is '#p b3lyp/6-31g(d) force', that of the .com files "
+              "'#p b3lyp/6-31g(d) force nosymm'\n");
+    expect_textbook(rows_of(done.standard_output), vibrations_of(molecule, isotope_masses(molecule.reference.numbers)));
+}
+
+TEST(frequencies, checkpoints_and_plain_forces_give_the_same) {
+    const support::scratch_folder folder;
+    generate("formaldehyde");
+    const model molecule = model_here();
+    int n = 0;
+    for (const std::string& name : names()) {
+        const support::twin_point point = molecule.at(read_geometry_file("PES-0/" + name + ".com"));
+        if (++n % 2 == 0) {
+            support::twin_checkpoint checkpoint;
+            checkpoint.numbers = molecule.reference.numbers;
+            checkpoint.point = point;
+            support::write_file("PES-0/" + name + ".fchk", support::checkpoint_text(checkpoint));
+            continue;
+        }
+        std::ostringstream text;
+        text.precision(12);
+        text << "# by hand\nenergy " << *point.energy << "\ndipole " << point.dipole->transpose() << "\n"
+             << point.forces.transpose() << "\n";
+        support::write_file("PES-0/" + name + ".forces", text.str());
+    }
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.standard_error, "");
+    EXPECT_EQ(done.status, 0);
+    expect_textbook(rows_of(done.standard_output), vibrations_of(molecule, isotope_masses(molecule.reference.numbers)));
+}
+
+TEST(frequencies, a_log_counts_before_a_checkpoint_and_that_before_plain_forces) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    write_logs(molecule);
+    support::write_file("PES-0/coord-1-dx.out", "nothing\n");
+    support::write_file("PES-0/coord-1-dx.fchk", "nothing\n");
+    support::write_file("PES-0/coord-1-dx.forces", "nothing\n");
+    EXPECT_EQ(assemble().status, 0);
+    std::filesystem::remove("PES-0/coord-1-dx.log");
+    EXPECT_EQ(assemble().status, 1);
+}
+
+TEST(frequencies, masses_can_be_given) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    write_logs(molecule);
+    const support::outcome heavy = assemble({"--mass", "2=2.014", "--mass=3=2.014", "."});
+    expect_textbook(rows_of(heavy.standard_output), vibrations_of(molecule, {15.99491462, 2.014, 2.014}));
+    EXPECT_EQ(counted(rows_of(heavy.standard_output)), "2A1 1B2");
+    const support::outcome average = assemble({"--masses", "average"});
+    expect_textbook(rows_of(average.standard_output), vibrations_of(molecule, {15.999, 1.008, 1.008}));
+}
+
+TEST(frequencies, a_mass_that_lowers_the_symmetry_leaves_the_species_that_apply) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    write_logs(molecule);
+    const support::outcome done = assemble({"--mass", "2=2.014"});
+    EXPECT_EQ(done.status, 0);
+    expect_textbook(rows_of(done.standard_output), vibrations_of(molecule, {15.99491462, 2.014, 1.00782503}));
+    EXPECT_EQ(counted(rows_of(done.standard_output)), "3A'");
+    EXPECT_EQ(done.standard_error,
+              "PES-0/files.out: notice: species are told without C2z: the masses differ\n"
+              "PES-0/files.out: notice: species are told without Szx: the masses differ\n");
+}
+
+TEST(frequencies, without_dipole_moments_there_are_no_intensities) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    write_logs(molecule);
+    support::twin_job job = job_of(molecule, "coord-2+dy");
+    job.points[0].dipole.reset();
+    write_log("coord-2+dy", job);
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.status, 0);
+    EXPECT_EQ(done.standard_error,
+              "PES-0/files.out: notice: no intensities: PES-0/coord-2+dy.log has no dipole moment\n");
+    for (const table_row& row : rows_of(done.standard_output)) {
+        EXPECT_EQ(row.intensity, "-");
+    }
+}
+
+TEST(frequencies, a_large_force_at_the_reference_is_told) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    write_logs(molecule);
+    support::twin_job job = job_of(molecule, "coord-0-00");
+    job.points[0].forces(2, 0) = -0.0005;
+    write_log("coord-0-00", job);
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.status, 0);
+    EXPECT_NE(done.standard_output.find("# largest force at the reference 0.000500000 hartree/bohr: too large, not a "
+                                        "stationary point\n"),
+              std::string::npos);
+    EXPECT_EQ(done.standard_error,
+              "PES-0/files.out: notice: the largest force at the reference is more than 0.00045 hartree/bohr: this is "
+              "not a stationary point, and harmonic frequencies mean little there\n");
+}
+
+TEST(frequencies, the_hessian_is_written_as_other_programs_read_it) {
+    const support::scratch_folder folder;
+    generate("formaldehyde");
+    const model molecule = model_here();
+    write_logs(molecule);
+    const support::outcome done = assemble({"--hessian", "h.fchk", "--molden", "m.molden"});
+    ASSERT_EQ(done.status, 0) << done.standard_error;
+    gaussian::source from("h.fchk");
+    const gaussian::checkpoint read = gaussian::read_checkpoint(from);
+    EXPECT_EQ(read.numbers, molecule.reference.numbers);
+    Eigen::Index at = 0;
+    for (Eigen::Index row = 0; row < molecule.hessian.rows(); ++row) {
+        for (Eigen::Index column = 0; column <= row; ++column) {
+            EXPECT_NEAR(read.force_constants(at++), molecule.hessian(row, column), 1e-6);
+        }
+    }
+    EXPECT_LT((read.dipole_derivatives - molecule.dipoles).cwiseAbs().maxCoeff(), 1e-6);
+    EXPECT_LT((read.coordinates * 0.529177210903 - molecule.reference.positions).cwiseAbs().maxCoeff(), 1e-7);
+    EXPECT_NEAR(read.weights(1), 12.0, 4.0);
+
+    const std::string molden = support::read_file("m.molden");
+    EXPECT_EQ(molden.find("[Molden Format]\n[Atoms] AU\n"), 0U);
+    std::size_t before = 0;
+    for (const char* section :
+         {"[FREQ]\n", "[INT]\n", "[FR-COORD]\n", "[FR-NORM-COORD]\nvibration 1\n", "vibration 6\n"}) {
+        const std::size_t found = molden.find(section);
+        ASSERT_NE(found, std::string::npos) << section;
+        EXPECT_GT(found, before);
+        before = found;
+    }
+}

@@ -1,0 +1,324 @@
+#include <gtest/gtest.h>
+
+#include <Eigen/Geometry>
+#include <algorithm>
+
+#include "model.hpp"
+
+using namespace displacement_generator;
+using namespace displacement_generator::assembler_tests;
+
+namespace {
+
+/// Water with logs that are all good.
+class good_folder {
+  public:
+    good_folder() {
+        generate("water");
+        molecule = make_model(read_geometry_file("PES-0/coord-0-00.com"));
+        write_logs(molecule);
+    }
+
+    support::scratch_folder folder;
+    model molecule;
+};
+
+/// Standard error of a run that is refused with nothing on standard output; the lines before the last, which must be
+/// the usual one, with all files there.
+std::string refusals_of_run(int status = 1) {
+    const support::outcome done = assemble({"--molden", "m", "--hessian", "h"});
+    EXPECT_EQ(done.status, status);
+    EXPECT_EQ(done.standard_output, "");
+    EXPECT_FALSE(std::filesystem::exists("m"));
+    EXPECT_FALSE(std::filesystem::exists("h"));
+    const std::string last =
+        "displacement_assembler: error: PES-0/files.out: 10 of 10 are there, not all of them can be used\n";
+    if (!done.standard_error.ends_with(last)) {
+        return done.standard_error;
+    }
+    return done.standard_error.substr(0, done.standard_error.size() - last.size());
+}
+
+void replace_in(const std::string& path, const std::string& from, const std::string& to) {
+    std::string text = support::read_file(path);
+    const std::size_t at = text.find(from);
+    ASSERT_NE(at, std::string::npos) << from;
+    support::write_file(path, text.replace(at, from.size(), to));
+}
+
+}  // namespace
+
+TEST(refusals, missing_logs_are_listed_and_counted) {
+    const good_folder good;
+    std::filesystem::remove("PES-0/coord-1-dx.log");
+    std::filesystem::remove("PES-0/coord-2+dz.log");
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx: expected a .log, .out, .fchk or .forces, found none\n"
+              "PES-0/coord-2+dz: expected a .log, .out, .fchk or .forces, found none\n"
+              "displacement_assembler: error: PES-0/files.out: 8 of 10 are there\n");
+}
+
+TEST(refusals, all_that_is_wrong_is_listed) {
+    const good_folder good;
+    support::twin_job job = job_of(good.molecule, "coord-1-dx");
+    job.ends_normally = false;
+    write_log("coord-1-dx", job);
+    job = job_of(good.molecule, "coord-1-dy");
+    job.points[0].forces.resize(3, 0);
+    write_log("coord-1-dy", job);
+    job = job_of(good.molecule, "coord-1-dz");
+    job.route = "#p hf/6-31g(d) force nosymm";
+    write_log("coord-1-dz", job);
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.log: expected the log of a finished job, found one that did not end normally\n"
+              "PES-0/coord-1-dy.log: expected a table of forces, found none\n"
+              "PES-0/coord-1-dz.log:6: expected the route '#p b3lyp/6-31g(d) force nosymm' as in most files, found '#p "
+              "hf/6-31g(d) force nosymm'\n");
+}
+
+TEST(refusals, other_atoms) {
+    const good_folder good;
+    support::twin_job job = job_of(good.molecule, "coord-1-dx");
+    job.numbers[1] = 9;
+    write_log("coord-1-dx", job);
+    EXPECT_EQ(refusals_of_run(), "PES-0/coord-1-dx.log:16: expected H as atom 2, found F\n");
+    job = support::one_point({1, 1}, Eigen::Matrix3Xd::Identity(3, 2), Eigen::Matrix3Xd::Zero(3, 2));
+    write_log("coord-1-dx", job);
+    EXPECT_EQ(refusals_of_run(), "PES-0/coord-1-dx.log:16: expected 3 atoms, found 2\n");
+}
+
+TEST(refusals, another_charge) {
+    const good_folder good;
+    support::twin_job job = job_of(good.molecule, "coord-1-dx");
+    job.charge = 1;
+    job.multiplicity = 2;
+    write_log("coord-1-dx", job);
+    EXPECT_EQ(refusals_of_run(), "PES-0/coord-1-dx.log:6: expected charge 0 and multiplicity 1, found 1 and 2\n");
+}
+
+TEST(refusals, the_log_of_another_point) {
+    const good_folder good;
+    std::filesystem::copy_file("PES-0/coord-1-dy.log", "PES-0/coord-1-dx.log",
+                               std::filesystem::copy_options::overwrite_existing);
+    EXPECT_EQ(
+        refusals_of_run(),
+        "PES-0/coord-1-dx.log:16: expected the geometry of the .com with atom 1 at (-0.005000, 0.000000, 0.113809), "
+        "found it at (0.000000, -0.005000, 0.113809)\n");
+}
+
+TEST(refusals, a_geometry_that_is_off_by_more_than_the_digits) {
+    const good_folder good;
+    for (const double off : {0.9e-6, 2e-6}) {
+        support::twin_job job = job_of(good.molecule, "coord-1-dx");
+        job.archive = false;
+        job.points[0].positions(1, 1) += off;
+        write_log("coord-1-dx", job);
+        const std::string refused = refusals_of_run();
+        EXPECT_EQ(refused,
+                  "PES-0/coord-1-dx.log:16: expected the geometry of the .com with atom 2 at (0.000000, 0.772189, "
+                  "-0.455236), found it at (0.000000, 0.77219" +
+                      std::string(off < 1e-6 ? "0" : "1") + ", -0.455236)\n");
+    }
+    support::twin_job job = job_of(good.molecule, "coord-1-dx");  // 0.77218912, which a log shows as 0.772189
+    job.archive = false;
+    write_log("coord-1-dx", job);
+    EXPECT_EQ(assemble().status, 0);
+}
+
+TEST(refusals, a_turned_checkpoint) {
+    const good_folder good;
+    support::twin_checkpoint checkpoint;
+    checkpoint.numbers = good.molecule.reference.numbers;
+    checkpoint.point = good.molecule.at(read_geometry_file("PES-0/coord-1-dx.com"));
+    const Eigen::Matrix3d turn = Eigen::AngleAxisd(1.5707963267948966, Eigen::Vector3d::UnitZ()).toRotationMatrix();
+    checkpoint.point.positions = (turn * checkpoint.point.positions).eval();
+    std::filesystem::remove("PES-0/coord-1-dx.log");
+    support::write_file("PES-0/coord-1-dx.fchk", support::checkpoint_text(checkpoint));
+    EXPECT_EQ(
+        refusals_of_run(),
+        "PES-0/coord-1-dx.fchk: expected the geometry of the .com with atom 2 at (0.000000, 0.772189, -0.455236), "
+        "found it at (-0.772189, 0.000000, -0.455236); the molecule is the same in another frame, compute with "
+        "nosymm\n");
+}
+
+TEST(refusals, a_checkpoint_without_gradient_or_cut) {
+    const good_folder good;
+    support::twin_checkpoint checkpoint;
+    checkpoint.numbers = good.molecule.reference.numbers;
+    checkpoint.point = good.molecule.at(read_geometry_file("PES-0/coord-1-dx.com"));
+    const std::string whole = support::checkpoint_text(checkpoint);
+    checkpoint.point.forces.resize(3, 0);
+    std::filesystem::remove("PES-0/coord-1-dx.log");
+    support::write_file("PES-0/coord-1-dx.fchk", support::checkpoint_text(checkpoint));
+    EXPECT_EQ(refusals_of_run(), "PES-0/coord-1-dx.fchk: expected a section 'Cartesian Gradient', found none\n");
+    support::write_file("PES-0/coord-1-dx.fchk", whole.substr(0, whole.size() - 2));
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.fchk: expected a line end at the end of the file, found none; it was cut\n");
+}
+
+TEST(refusals, forces_that_are_no_numbers) {
+    const good_folder good;
+    std::string text = support::read_file("PES-0/coord-1-dx.log");
+    const std::size_t table = text.find("Forces (Hartrees/Bohr)");
+    const std::size_t row = text.find("\n      1 ", table);
+    support::write_file("PES-0/coord-1-dx.log", text.replace(row + 22, 15, "***************"));
+    const std::string refused = refusals_of_run();
+    EXPECT_EQ(refused,
+              "PES-0/coord-1-dx.log:29: expected an atom's number and the force on it, found '1        8     "
+              "***************  -0.000000000   -0.000000000'\n");
+    std::filesystem::remove("PES-0/coord-1-dx.log");
+    support::write_file("PES-0/coord-1-dx.forces", "0 0 0\n0 0 nan\n0 0 0\n");
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.forces:2: expected three numbers, 'energy' or 'dipole', found '0 0 nan'\n");
+}
+
+TEST(refusals, geometry_files) {
+    const good_folder good;
+    replace_in("PES-0/coord-1-dx.com", "-0.00500000", "-0.00400000");
+    replace_in("PES-0/coord-1-dy.com", "0.77218912", "0.77218913");
+    replace_in("PES-0/coord-1-dz.com", "b3lyp", "b3pw91");
+    replace_in("PES-0/coord-1+dz.com", "0 1\n", "1 2\n");
+    replace_in("PES-0/coord-2-dx.com", "   H ", "   F ");
+    std::filesystem::remove("PES-0/coord-2-dy.com");
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.com:7: expected x of atom 1 to be moved by -0.00500000 from the reference, found "
+              "-0.00400000\n"
+              "PES-0/coord-1-dy.com:8: expected y of atom 2 to be moved by 0.00000000 from the reference, found "
+              "0.00000001\n"
+              "PES-0/coord-1-dz.com:2: expected the route '#p b3lyp/6-31g(d) force nosymm' of the reference, found '#p "
+              "b3pw91/6-31g(d) force nosymm'\n"
+              "PES-0/coord-1+dz.com:6: expected charge 0 and multiplicity 1 of the reference, found 1 and 2\n"
+              "PES-0/coord-2-dx.com:8: expected atom 2, H, found 'F               -0.00500000    0.77218912   "
+              "-0.45523579'\n"
+              "PES-0/coord-2-dy.com: cannot open: No such file or directory\n");
+}
+
+TEST(refusals, a_log_that_is_cut_gives_no_result) {
+    const good_folder good;
+    support::twin_job job = job_of(good.molecule, "coord-1-dx");
+    job.between.assign(2000, 'x');
+    job.between += '\n';
+    write_log("coord-1-dx", job);
+    ASSERT_EQ(assemble().status, 0);
+    const std::string whole = support::read_file("PES-0/coord-1-dx.log");
+    for (std::size_t size = 0; size < whole.size() - 60; size += 100) {
+        support::write_file("PES-0/coord-1-dx.log", whole.substr(0, size));
+        const support::outcome done = assemble();
+        ASSERT_EQ(done.status, 1) << size;
+        ASSERT_EQ(done.standard_output, "") << size;
+        ASSERT_TRUE(done.standard_error.starts_with("PES-0/coord-1-dx.log")) << done.standard_error;
+    }
+}
+
+TEST(refusals, no_list) {
+    const support::scratch_folder folder;
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.status, 2);
+    EXPECT_EQ(done.standard_error,
+              "displacement_assembler: error: .: expected files.out or PES-0/files.out in this folder, found neither; "
+              "run displacement_generator first\n");
+}
+
+TEST(refusals, a_list_that_does_not_agree_with_itself) {
+    struct list_case {
+        const char* from;
+        const char* to;
+        const char* message;
+    };
+    for (const list_case& one : {
+             list_case{"atoms:      3", "atoms: ******",
+                       "1: expected a number from 1 to 999999 as the number of atoms, "
+                       "found '******'"},
+             {"files:     10", "files:     11",
+              "14: expected the name of a geometry file, coord-..., found "
+              "'Begin_vesk_info'"},
+             {"dx=  0.005000", "dx=**********", "3: expected 'dx=' and the step, found 'dx=**********'"},
+             {"coord-0-00", "coord-9-00", "4: expected the name of the reference, 'coord-0-00', found 'coord-9-00'"},
+             {"       C2V", "       C3V",
+              "15: expected 'Point          group:' and one of the eight groups, found 'Point          group:       "
+              "C3V'"},
+             {"operations:         4", "operations:         8", "16: expected 4 as the order of C2V, found '8'"},
+             {"   -1.000000000    0.000000000    0.000000000", "   -0.500000000    0.000000000    0.000000000",
+              "23: expected -1 in row 1, column 1 of the matrix of C2z, found '-0.500000000'"},
+             {"       2      H        1       2       3       3       2",
+              "       2      H        1       2       3       3       3",
+              "38: expected Syz to carry the atoms onto different ones, found two that go to atom 3"},
+             {"       1      O        8 ", "       1     Qq        8 ", "36: expected a chemical symbol, found 'Qq'"},
+             {"       1      O        8 ", "       1      O        7 ",
+              "36: expected 8 as the atomic number of this symbol, found '7'"},
+             {"       2  1+dx           F       1 ", "       2  1+dx           F       4 ",
+              "44: expected an operation that carries point 4 onto point 2, found C2z, which carries it onto point 3"},
+             {"       2     C2z\n       3", "       2     Syz\n       3",
+              "44: expected C2z as operation 2, found 'Syz'"},
+             {"       9  2-dy           T       9 ", "       9  2-dy           T      10 ",
+              "51: expected point 9, which is computed, to follow from itself by E, found '       9  2-dy           T  "
+              " "
+              "   10       1       E'"},
+             {"      10  2+dy           T", "      10  2-dy           T", "52: expected the name 2+dy, found '2-dy'"},
+             {"End_vesk_info\n", "",
+              "60: expected 'End_vesk_info', found the end of the list; displacement_generator did "
+              "not finish, or the list was cut"},
+             {"End_vesk_info\n", "End_vesk_info\n\n", "62: expected 'End_vesk_info' as the last line, found ''"},
+         }) {
+        SCOPED_TRACE(one.message);
+        const good_folder good;
+        replace_in("PES-0/files.out", one.from, one.to);
+        EXPECT_EQ(refusals_of_run(2),
+                  "displacement_assembler: error: PES-0/files.out:" + std::string(one.message) + "\n");
+    }
+}
+
+TEST(refusals, a_list_that_is_cut_gives_no_result) {
+    const good_folder good;
+    const std::string whole = support::read_file("PES-0/files.out");
+    for (std::size_t size = 0; size < whole.size() - 1; size += 37) {
+        support::write_file("PES-0/files.out", whole.substr(0, size));
+        const support::outcome done = assemble();
+        ASSERT_EQ(done.status, 2) << size;
+        ASSERT_EQ(done.standard_output, "") << size;
+    }
+}
+
+TEST(refusals, outputs_that_are_inputs) {
+    const good_folder good;
+    std::filesystem::create_hard_link("PES-0/coord-1-dx.log", "other");
+    const std::string before = support::read_file("PES-0/coord-1-dx.log");
+    for (const char* name : {"PES-0/coord-1-dx.log", "other"}) {
+        const support::outcome done = assemble({"--molden", name});
+        EXPECT_EQ(done.status, 2);
+        EXPECT_EQ(done.standard_error, "displacement_assembler: error: " + std::string(name) +
+                                           ": expected another file than an input, which is never overwritten\n");
+        EXPECT_EQ(done.standard_output, "");
+    }
+    EXPECT_EQ(support::read_file("PES-0/coord-1-dx.log"), before);
+    EXPECT_EQ(assemble({"--molden", "x", "--hessian", "./x"}).standard_error,
+              "displacement_assembler: error: ./x: expected another file for each output, found the same one twice\n");
+    EXPECT_EQ(assemble({"--molden", "nowhere/x"}).standard_error,
+              "displacement_assembler: error: nowhere/x: cannot open for writing: No such file or directory\n");
+}
+
+TEST(refusals, command_lines) {
+    const good_folder good;
+    struct line_case {
+        std::vector<std::string> arguments;
+        const char* message;
+    };
+    for (const line_case& one :
+         {line_case{{"--masses", "heavy"}, "--masses: expected isotope or average, found 'heavy'"},
+          {{"--mass", "2"}, "--mass: expected ATOM=VALUE, such as 3=2.014, found '2'"},
+          {{"--mass", "0=2"}, "--mass: expected ATOM=VALUE, such as 3=2.014, found '0=2'"},
+          {{"--mass", "1=nan"}, "--mass: expected ATOM=VALUE, such as 3=2.014, found '1=nan'"},
+          {{"--mass", "1=-2"}, "--mass: expected a mass from 0.001 to 10000 amu, found '1=-2'"},
+          {{"--mass", "1=2", "--mass", "1=3"}, "--mass: expected each atom once, found atom 1 twice"},
+          {{"--molden", ""}, "--molden: expected the name of a file, found ''"},
+          {{"--hessian", "-"}, "--hessian: expected the name of a file, found '-'"},
+          {{""}, "FOLDER: expected the name of a folder, found an empty one"}}) {
+        const support::outcome done = assemble(one.arguments);
+        EXPECT_EQ(done.status, 2);
+        EXPECT_EQ(done.standard_output, "");
+        EXPECT_EQ(done.standard_error, "displacement_assembler: error: command line: " + std::string(one.message) +
+                                           " (displacement_assembler --help tells more)\n");
+    }
+    EXPECT_EQ(assemble({"--mass", "4=2"}).standard_error,
+              "displacement_assembler: error: command line: --mass: expected an atom from 1 to 3, found 4\n");
+}
