@@ -2,7 +2,7 @@
 # headers (component development).
 include(CMakePackageConfigHelpers)
 
-set(programs displacement_generator displacement_preparer)
+set(programs displacement_generator displacement_preparer displacement_assembler)
 install(TARGETS ${programs} COMPONENT runtime)
 
 # Markdown keeps its links to one another: README.md stands above docs/ and examples/, as it does here.
