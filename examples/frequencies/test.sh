@@ -1,8 +1,8 @@
 #!/bin/sh
 # Runs the program on one example of each group and checks the frequencies that its info block leads to: with the derived
 # points against all points computed one by one, and against the Hessian that xtb makes itself.
-# Exit status: 0 all agree, 1 some do not, 77 xtb or numpy is not installed.
-# PROGRAM names the program to test if it is not the release build; PYTHON a Python that has numpy.
+# Exit status: 0 all agree, 1 some do not, 77 xtb is not installed.
+# PROGRAM and ASSEMBLER name the programs to test if they are not those of the release build; PYTHON a Python.
 set -u
 here=$(cd "$(dirname "$0")" && pwd)
 examples=$(dirname "$here")
@@ -10,12 +10,14 @@ program=${PROGRAM:-$(dirname "$examples")/build/release/bin/displacement_generat
 [ -x "$program" ] || program=$(command -v displacement_generator) || program=${PROGRAM:-displacement_generator}
 case $program in /*) ;; *) program=$PWD/$program ;; esac
 
+assembler=${ASSEMBLER:-$(dirname "$program")/displacement_assembler}
+PROGRAM=$program ASSEMBLER=$assembler
+export PROGRAM ASSEMBLER
+
 command -v xtb >/dev/null || { echo "skipped: xtb is not installed"; exit 77; }
-for python in ${PYTHON:-python3 /usr/bin/python3} ''; do
-  [ -n "$python" ] || { echo "skipped: numpy is not installed"; exit 77; }
-  "$python" -c 'import numpy' 2>/dev/null && break
+for needed in "$program" "$assembler"; do
+  [ -x "$needed" ] || { echo "$needed: not found; build it first, or name it in PROGRAM or ASSEMBLER" >&2; exit 1; }
 done
-[ -x "$program" ] || { echo "$program: not found; build it first, or name it in PROGRAM" >&2; exit 1; }
 
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
@@ -27,7 +29,8 @@ check() { # EXAMPLE OPTION...
   rm -f "$work/out"
   cp -r "$examples/$example" "$work/$example" || exit 1
   if (cd "$work/$example" && rm -rf PES-0 && "$program" control) &&
-     "$python" "$here/frequencies.py" "$@" "$work/$example" >"$work/out" 2>&1; then
+     "${PYTHON:-python3}" "$here/frequencies.py" "$@" "$work/$example" >"$work/out" 2>&1; then
+    echo "$example"
     grep 'displacements computed' "$work/out"
     grep 'largest difference' "$work/out"
   else
