@@ -90,8 +90,9 @@ class reading {
 
 void reading::next_line(const std::string& expected) {
     if (!from_.next_line(line_)) {
-        from_.refuse("expected " + expected +
-                     ", found the end of the list; displacement_generator did not finish, or the list was cut");
+        throw base::run_error(
+            from_.name() + ":" + std::to_string(std::max(from_.line_number(), 1LL)) + ": expected " + expected +
+            ", found the end of the list; displacement_generator did not finish, or the list was cut");
     }
 }
 
