@@ -11,6 +11,7 @@
 #include "base/text.hpp"
 #include "displacement_list.hpp"
 #include "element/element.hpp"
+#include "gaussian/fields.hpp"
 #include "gaussian/symbols.hpp"
 #include "gaussian/words.hpp"
 #include "symmetry/symmetry.hpp"
@@ -122,9 +123,9 @@ void reading::expect_integer(std::size_t begin, std::size_t width, const std::st
 }
 
 void reading::expect_line(std::string_view text) {
-    next_line("'" + std::string(text) + "'");
+    next_line(gaussian::quoted(text));
     if (line_ != text) {
-        refuse("'" + std::string(text) + "'", line_);
+        refuse(gaussian::quoted(text), line_);
     }
 }
 
@@ -135,9 +136,9 @@ void reading::expect_end_at(std::size_t width, const std::string& what) {
 }
 
 int reading::labelled_integer(std::string_view label, std::size_t width, const std::string& what, int least, int most) {
-    next_line("'" + std::string(label) + "'");
+    next_line(gaussian::quoted(label));
     if (!line_.starts_with(label)) {
-        refuse("'" + std::string(label) + "'", line_);
+        refuse(gaussian::quoted(label), line_);
     }
     const int value = integer(label.size(), width, what, least, most);
     expect_end_at(label.size() + width, "this line");
@@ -178,14 +179,14 @@ void reading::read_names() {
 void reading::read_group() {
     expect_line("Begin_vesk_info");
     constexpr std::string_view label = "Point          group:";
-    next_line("'" + std::string(label) + "'");
+    next_line(gaussian::quoted(label));
     const std::string_view name = field(label.size(), 10);
     int group = 0;
     for (int k = 1; k <= operations_at_most; ++k) {
         group = table_entry(symmetry::pg_name(k)) == name ? k : group;
     }
     if (!line_.starts_with(label) || group == 0) {
-        refuse("'" + std::string(label) + "' and one of the eight groups", line_);
+        refuse(gaussian::quoted(label) + " and one of the eight groups", line_);
     }
     expect_end_at(label.size() + 10, "this line");
     list_.group = name;

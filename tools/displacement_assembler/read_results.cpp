@@ -23,7 +23,9 @@ class progress {
     explicit progress(std::size_t all) : all_(all), shown_(::isatty(STDERR_FILENO) == 1) {}
     ~progress() {
         if (written_ != 0) {
-            file::write_all(STDERR_FILENO, "\r" + std::string(written_, ' ') + "\r");
+            std::string blanks("\r");
+            blanks.append(written_, ' ').push_back('\r');
+            file::write_all(STDERR_FILENO, blanks);
         }
     }
     progress(const progress&) = delete;
