@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <string>
 
 #include "file_test.hpp"
@@ -70,6 +71,49 @@ TEST_F(descriptor, takes_no_name_for_a_shorter_one) {
     reason.clear();
     EXPECT_EQ(file::open_to_read(std::string(5000, 'a'), true, reason), -1);
     EXPECT_EQ(reason, "File name too long");
+}
+
+/// "NAME" after so many "/" that the path has this length.
+std::string path_of_length(std::size_t length, const std::string& name) {
+    return "." + std::string(length - 1 - name.size(), '/') + name;
+}
+
+/// With its end a path of the system has PATH_MAX bytes.
+TEST_F(descriptor, takes_a_path_up_to_the_longest_of_the_system) {
+    support::write_file("regular", "bytes");
+    struct row {
+        std::size_t length;
+        const char* reason;  ///< blank where it opens
+    };
+    const row rows[] = {
+        {PATH_MAX - 2, ""},
+        {PATH_MAX - 1, ""},
+        {PATH_MAX, "File name too long"},
+        {PATH_MAX + 1, "File name too long"},
+    };
+    for (const row& tested : rows) {
+        SCOPED_TRACE(tested.length);
+        for (const std::string& after : {std::string(), std::string(3, ' ')}) {  // blanks that end a path do not count
+            std::string reason;
+            const int input = file::open_to_read(path_of_length(tested.length, "regular") + after, true, reason);
+            EXPECT_EQ(reason, tested.reason);
+            ASSERT_EQ(input >= 0, reason.empty());
+            reason.clear();
+            const int output = file::open_to_write(path_of_length(tested.length, "new") + after, reason);
+            EXPECT_EQ(reason, tested.reason);
+            ASSERT_EQ(output >= 0, reason.empty());
+            if (reason.empty()) {
+                char bytes[6] = {};
+                EXPECT_EQ(file::read_some(input, bytes, 6), 5);
+                EXPECT_TRUE(file::is_same_file(output, "new"));
+                EXPECT_TRUE(file::is_same_file(output, path_of_length(tested.length, "new")));
+                ::close(input);
+                ::close(output);
+            }
+            EXPECT_EQ(fs::remove("new"), reason.empty());
+        }
+    }
+    EXPECT_EQ(support::read_tree("."), (support::tree{{"regular", "bytes"}}));
 }
 
 TEST_F(descriptor, opens_to_write_an_empty_file) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -183,6 +184,65 @@ TEST_P(long_paths, are_shown_in_an_atom_line) {
                                base::view1<base::text<2>>("symbol", &symbol, 1, 1));
         }),
         shown + ":6: expected three numbers after the symbol 'O', found 1 and then no more fields|standard error|2");
+}
+
+// A path of exactly as many bytes as the system takes, and one more.
+
+using longest_path = support::file_test;
+
+std::string path_of_length(std::size_t length) { return "." + std::string(length - 2, '/') + "p"; }
+
+TEST_F(longest_path, is_opened_by_every_routine) {
+    const std::string path = path_of_length(PATH_MAX - 1);
+    {
+        file::output_file output(path);
+        output.close("line\n");
+    }
+    EXPECT_EQ(support::read_file("p"), "line\n");
+    EXPECT_EQ(file::num_file_lines(path), 1);
+    EXPECT_EQ(file::num_file_lines_word(path, "line"), 1);
+    base::text<8> line;
+    file::read_lines(path, 1, base::view1<base::text<8>>("lines", &line, 1, 1));
+    EXPECT_EQ(line, "line");
+    file::copy(path, "copied");
+    EXPECT_EQ(support::read_file("copied"), "line\n");
+    file::delete_(path);
+    file::copy("copied", path);
+    EXPECT_EQ(support::read_file("p"), "line\n");
+    file::copy_old("copied", path);
+    EXPECT_EQ(support::read_file("p"), "line" + std::string(496, ' ') + "\n");
+    file::copy(path, path);  // is one file
+    EXPECT_EQ(support::read_file("p"), "line" + std::string(496, ' ') + "\n");
+    EXPECT_EQ(
+        support::stopped_with([&] { file::copy_old(path, path); }),
+        path.substr(0, 200) + "... (3895 more characters): source and destination are the same file|standard error|2");
+}
+
+TEST_F(longest_path, with_one_byte_more_is_too_long) {
+    support::write_file("p", "line\n");
+    for (const std::size_t length : {std::size_t{PATH_MAX}, std::size_t{PATH_MAX + 1}}) {
+        SCOPED_TRACE(length);
+        const std::string path = path_of_length(length);
+        const std::string shown = path.substr(0, 200) + "... (" + std::to_string(length - 200) + " more characters)";
+        const std::string not_opened = shown + ": cannot open: File name too long|standard error|2";
+        EXPECT_EQ(support::stopped_with([&] { const file::output_file output(path); }),
+                  shown + ": cannot open for writing: File name too long|standard error|2");
+        EXPECT_EQ(support::stopped_with([&] {
+                      base::text<8> line;
+                      file::read_lines(path, 1, base::view1<base::text<8>>("lines", &line, 1, 1));
+                  }),
+                  not_opened);
+        EXPECT_EQ(support::stopped_with([&] { file::delete_(path); }), not_opened);
+        EXPECT_EQ(support::stopped_with([&] { file::copy_old("p", path); }), not_opened);
+        EXPECT_EQ(support::stopped_with([&] { static_cast<void>(file::num_file_lines(path)); }),
+                  " Error in opening file '" + path + "' in function num_file_lines, stop!|standard output|1");
+        EXPECT_EQ(file::open_unit(unit, path, file::action::read), "File name too long");
+        EXPECT_EQ(file::open_unit(unit, path, file::action::write), "File name too long");
+        file::copy(path, "copied");  // tells nothing, and empties what it copies to, as from a file that is missing
+        EXPECT_EQ(support::read_tree("."), (support::tree{{"p", "line\n"}, {"copied", ""}}));
+        file::copy("p", path);
+        EXPECT_EQ(support::read_file("p"), "line\n");
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(file, long_paths, testing::Values(61U, 120U, 200U, 201U));
