@@ -1,16 +1,17 @@
 #!/usr/bin/env python3
 """How strong the tests are: breaks the code of lib/ and tools/ in one place at a time and sees whether a test fails.
 
-  script/mutate [--most N] [--seed S]... [--jobs N] [PATH]...
+  script/mutate [--most N] [--seed S]... [--jobs N] [--without PROGRAM]... [PATH]...
 
 Each mutant flips a comparison or a sign, changes a constant, swaps two operands or drops a statement. PATH is a file or a
 folder below lib/ or tools/; without one all of both is taken. Each seed draws up to N mutants of its own. What does not
 compile is not counted. Printed: each mutant that no test notices, with the reason where tests/mutants.txt gives one, and the
-share that is noticed.
+share that is noticed. PROGRAM is a program of tests that is left out, because it has nothing to do with PATH.
 
 Every job has a copy of the tree in build/mutate, where only what a mutant changes is built again. The tests of the routine
-itself run first, and the first failure ends the others. A test that takes five times as long as with the whole program, and
-10 s, has noticed the mutant, too; that is told apart, as on a busy machine it may be wrong.
+itself run first, and the first failure ends the others. What passes them all meets the limits of work and the messages in the
+documents. A test that takes ten times as long as with the whole program, and a minute, may have noticed the mutant, too, or the
+machine was busy: such a mutant is tried once more in the end, alone, and counts as noticed if it takes as long again.
 
 Broken code runs here, and tests name devices. As root all of it runs with a /dev, a temporary folder and process numbers of its
 own, on file systems that are read only but for build/mutate: the script starts itself again in that way, and stops where it
@@ -25,6 +26,7 @@ import random
 import re
 import resource
 import shutil
+import signal
 import subprocess
 import sys
 import threading
@@ -34,6 +36,7 @@ TOP = pathlib.Path(__file__).resolve().parent.parent
 PLACE = TOP / "build" / "mutate"
 SCRATCH = PLACE / "scratch"
 EXPLAINED = TOP / "tests" / "mutants.txt"
+OTHER_TESTS = "documented_errors|work_limits"  # the tests without a program of their own that look at the code
 
 # What is looked for in a line, and what it becomes. Operators stand between blanks, so templates and pointers are left alone.
 RULES = [
@@ -62,6 +65,8 @@ def enclose():
     commands = [["mount", "-t", "tmpfs", "none", "/dev"], ["mkdir", "-m", "1777", "/dev/shm"],
                 *(["mknod", "-m", "666", f"/dev/{name}", "c", "1", str(number)] for name, number in devices),
                 ["ln", "-s", "/proc/self/fd", "/dev/fd"],
+                *(["ln", "-s", f"/proc/self/fd/{number}", f"/dev/{name}"]
+                  for number, name in enumerate(["stdin", "stdout", "stderr"])),
                 ["mount", "--bind", PLACE, PLACE], ["mount", "-o", "remount,bind,ro", "/"],
                 ["mount", "-t", "tmpfs", "-o", "size=2g,mode=1777", "none", SCRATCH]]
     for command in commands:
@@ -98,50 +103,59 @@ def explanations():
     return result
 
 
-def run(command, **more):
+def run(command, said=subprocess.DEVNULL, timeout=None, **more):
+    """Result: the status. After the time nothing that the command has started runs on."""
     def limit():
         resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
 
-    return subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                          preexec_fn=limit, **more).returncode
+    with subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=said, stderr=subprocess.STDOUT, preexec_fn=limit,
+                          start_new_session=True, **more) as process:
+        try:
+            return process.wait(timeout)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            raise
 
 
 def test_programs():
     """The programs that the tests of the tree are in, each with the sources that its list names."""
     result = {}
     for listing in sorted((TOP / "tests").rglob("CMakeLists.txt")):
-        for name, sources in re.findall(r"\badd_tests\(\s*(\w+)\s([^)]*)\)", listing.read_text()):
-            if not name.startswith("$"):
-                result[name] = set(re.findall(r"(\w+)\.cpp", sources))
+        for name, sources in re.findall(r"^add_tests\(\s*(\w+)\s([^)]*)\)", listing.read_text(), re.MULTILINE):
+            result[name] = set(re.findall(r"(\w+)\.cpp", sources))
     return result
 
 
 class workshop:
     """A copy of the tree and its build."""
 
-    def __init__(self, number):
+    def __init__(self, number, without):
         self.tree = PLACE / str(number) / "tree"
         self.build = PLACE / str(number) / "build"
         self.scratch = SCRATCH / str(number)
-        self.programs = test_programs()
-        self.seconds = dict.fromkeys(self.programs, 600.0)
+        self.said = PLACE / str(number) / "said"
+        self.programs = {name: sources for name, sources in test_programs().items() if name not in without}
+        self.seconds = dict.fromkeys(self.programs, 60.0)
 
     def prepare(self):
         """Result: whether it can be built and its tests pass."""
         self.scratch.mkdir(parents=True, exist_ok=True)
         self.copy_tree()
         flags = "-fuse-ld=gold" if shutil.which("ld.gold") else ""
-        run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-O1",
+        run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
              f"-DCMAKE_EXE_LINKER_FLAGS={flags}", "-DDISPLACEMENT_GENERATOR_TESTS=ON"])
-        if not self.builds(self.programs):
-            print("script/mutate: the tree does not build", file=sys.stderr)
-            return False
         for program in self.programs:
+            if not self.builds(program):
+                print(f"script/mutate: {program} does not build; see cmake --build {self.build} --target {program}", file=sys.stderr)
+                return False
             start = time.monotonic()
             if self.fails(program):
-                print(f"script/mutate: {program} fails", file=sys.stderr)
+                print(f"script/mutate: {program} fails before anything is changed; its output is in {self.said}", file=sys.stderr)
                 return False
             self.seconds[program] = time.monotonic() - start
+        if not self.builds("work_routines") or self.other_tests_fail():
+            print(f"script/mutate: {OTHER_TESTS} fails before anything is changed; see {self.said}", file=sys.stderr)
+            return False
         return True
 
     def copy_tree(self):
@@ -159,32 +173,36 @@ class workshop:
                 shutil.copyfile(here, there)
                 shutil.copymode(here, there)
 
-    def builds(self, targets):
+    def builds(self, *targets):
         return run(["cmake", "--build", self.build, "--target", *targets]) == 0
 
-    def fails(self, program, only="*"):
+    def runs(self, command, timeout):
         """Result: a false value, "failure" or "time"."""
-        environment = dict(os.environ, TMPDIR=str(self.scratch))
         try:
-            code = run([self.build / "bin" / program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={only}"],
-                       timeout=10 + 5 * self.seconds[program], env=environment, cwd=self.scratch)
+            with open(self.said, "wb") as said:
+                code = run(command, said, timeout=timeout, env=dict(os.environ, TMPDIR=str(self.scratch)), cwd=self.scratch)
         except subprocess.TimeoutExpired:
             return "time"
         return "failure" if code != 0 else ""
 
+    def fails(self, program, only="*"):
+        return self.runs([self.build / "bin" / program, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={only}"],
+                         60 + 10 * self.seconds[program])
+
+    def other_tests_fail(self):
+        return self.runs(["ctest", "--test-dir", self.build, "--output-on-failure", "-R", f"^({OTHER_TESTS})$"], 1200)
+
     def notice(self, path):
-        """Result: as of `fails`; None where the mutant does not compile."""
+        """Result: as of `runs`; None where the mutant does not compile."""
         own = [name for name, sources in self.programs.items() if path.stem in sources]
         own = own or [name for name in self.programs if name.endswith(path.parent.name)]
-        if not self.builds(own or self.programs):
-            return None
-        for program in own:
-            if seen := self.fails(program, f"*{path.stem}*") or self.fails(program):
-                return seen
         others = sorted(set(self.programs) - set(own), key=self.seconds.get)
-        if not self.builds(others):
-            return None
-        return next(filter(None, map(self.fails, others)), "")
+        for program in own + others:
+            if not self.builds(program):
+                return None
+            if seen := (program in own and self.fails(program, f"*{path.stem}*")) or self.fails(program):
+                return seen
+        return self.other_tests_fail() if self.builds("work_routines") else None
 
     def try_out(self, path, number, changed):
         place = self.tree / path.relative_to(TOP)
@@ -204,6 +222,7 @@ class tally:
         self.left = most
         self.noticed = self.by_time = self.survived = self.explained = 0
         self.reasons = explanations()
+        self.late = []
 
     def begin(self):
         with self.lock:
@@ -217,6 +236,9 @@ class tally:
             elif result:
                 self.noticed += 1
                 self.by_time += result == "time"
+                if result == "time":
+                    print(f"noticed by its time {path.relative_to(TOP)}:{number + 1}\n  - {line.strip()}\n  + {changed.strip()}",
+                          flush=True)
             else:
                 name, line, changed = str(path.relative_to(TOP)), line.strip(), changed.strip()
                 reason = self.reasons.get((name, line, changed))
@@ -233,7 +255,11 @@ def work(shop, mutants, result):
             path, number, line, changed = mutants.get_nowait()
         except queue.Empty:
             return
-        result.end(shop.try_out(path, number, changed), path, number, line, changed)
+        seen = shop.try_out(path, number, changed)
+        if seen == "time":
+            result.late.append((path, number, line, changed))
+        else:
+            result.end(seen, path, number, line, changed)
 
 
 def drawn(paths, seeds):
@@ -254,6 +280,7 @@ def main():
     parser.add_argument("--most", type=int, default=200, help="mutants for each seed")
     parser.add_argument("--seed", type=int, action="append")
     parser.add_argument("--jobs", type=int, default=min(2, os.cpu_count() or 1))
+    parser.add_argument("--without", action="append", default=[], metavar="PROGRAM")
     parser.add_argument("paths", nargs="*", type=pathlib.Path, metavar="PATH")
     options = parser.parse_args()
     paths = [path.resolve() for path in options.paths] or [TOP / "lib", TOP / "tools"]
@@ -267,7 +294,7 @@ def main():
         waiting.put(mutant)
 
     os.environ.pop("CMAKE_CXX_COMPILER_LAUNCHER", None)  # what is built here is built once
-    shops = [workshop(number) for number in range(1, options.jobs + 1)]
+    shops = [workshop(number, options.without) for number in range(1, options.jobs + 1)]
     ready = []
     threads = [threading.Thread(target=lambda shop=shop: ready.append(shop.prepare())) for shop in shops]
     for thread in threads:
@@ -275,7 +302,7 @@ def main():
     for thread in threads:
         thread.join()
     if not all(ready) or len(ready) != len(shops):
-        sys.exit("script/mutate: the tests do not pass before anything is changed")
+        sys.exit(1)
 
     result = tally(options.most * len(seeds))
     threads = [threading.Thread(target=work, args=(shop, waiting, result), daemon=True) for shop in shops]
@@ -284,6 +311,8 @@ def main():
     try:
         for thread in threads:
             thread.join()
+        for path, number, line, changed in result.late:
+            result.end(shops[0].try_out(path, number, changed), path, number, line, changed)
     except KeyboardInterrupt:
         print("interrupted")
     counted = result.noticed + result.survived + result.explained
