@@ -1,5 +1,7 @@
 #include "element/element.hpp"
 
+#include <iterator>
+
 namespace displacement_generator {
 
 namespace {
@@ -23,6 +25,6 @@ constexpr base::text<2> symbols[101] = {
 
 }  // namespace
 
-constinit const base::view1<const base::text<2>> element::atom("atom", symbols, 0, 100);
+constinit const base::view1<const base::text<2>> element::atom("atom", symbols, 0, std::size(symbols) - 1);
 
 }  // namespace displacement_generator

@@ -1,5 +1,7 @@
 #include "element/element.hpp"
 
+#include <iterator>
+
 namespace displacement_generator {
 
 namespace {
@@ -23,7 +25,7 @@ constexpr double masses[118] = {
 
 }  // namespace
 
-constinit const base::view1<const double> element::mass("mass", masses, 1, 118);
+constinit const base::view1<const double> element::mass("mass", masses, 1, std::size(masses));
 
 void element::nat_to_mass(int natom, base::view1<const int> nat, base::view1<double> atmas) {
     for (int i = 1; i <= natom; ++i) {

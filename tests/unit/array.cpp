@@ -1,8 +1,12 @@
 #include "base/array.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <climits>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -258,5 +262,42 @@ TEST(array, allocation_beyond_memory_stops_the_run) {
               "array 'huge': 2305843009213693951 elements of 8 bytes each would exceed the memory limit"
               "|standard error|2");
 }
+
+#ifdef MADV_POPULATE_WRITE
+/// How many pages from `block` on are there.
+std::ptrdiff_t present(void* block, std::size_t size, std::size_t page) {
+    std::vector<unsigned char> pages(size / page);
+    EXPECT_EQ(::mincore(block, size, pages.data()), 0);
+    return std::count(pages.begin(), pages.end(), 1);
+}
+
+/// Only pages that belong to the block as a whole are made, and none for a short one.
+TEST(array, make_pages_makes_those_of_a_large_block) {
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    const std::size_t size = 64 * page;
+    struct row {
+        std::size_t start;
+        std::size_t size;
+        std::ptrdiff_t pages;
+    };
+    const row rows[] = {{0, size, 64},
+                        {page - 1, size - page, 62},
+                        {page, size - page, 63},
+                        {1, size - 1, 63},
+                        {page, size - page - 1, 62},
+                        {8 * page, 128 * 1024, static_cast<std::ptrdiff_t>(128 * 1024 / page)},
+                        {0, 128 * 1024 - 1, 0}};
+    for (const row& tested : rows) {
+        SCOPED_TRACE(testing::Message() << tested.size << " bytes from " << tested.start);
+        void* block = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        ASSERT_NE(block, MAP_FAILED);
+        ASSERT_EQ(present(block, size, page), 0);
+        const bool system_can = ::madvise(block, 0, MADV_POPULATE_WRITE) == 0;
+        base::make_pages(static_cast<char*>(block) + tested.start, tested.size);
+        EXPECT_EQ(present(block, size, page), system_can ? tested.pages : 0);
+        ::munmap(block, size);
+    }
+}
+#endif
 
 }  // namespace

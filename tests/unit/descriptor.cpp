@@ -174,6 +174,24 @@ TEST_F(descriptor, is_not_inherited_by_a_command) {
     }
 }
 
+/// Where standard input is closed the first file opened gets its number.
+TEST_F(descriptor, may_be_number_0) {
+    support::write_file("regular", "bytes");
+    const auto before = support::open_descriptors();
+    const int saved = ::dup(STDIN_FILENO);
+    ASSERT_GE(saved, 0);
+    ::close(STDIN_FILENO);
+    errno = EINTR;  // left by an earlier call
+    std::string reason;
+    const int opened = file::open_to_read("regular", true, reason);
+    EXPECT_EQ(support::open_descriptors(), before + 1);
+    EXPECT_EQ(file::close_descriptor(opened), 0);
+    ::dup2(saved, STDIN_FILENO);
+    ::close(saved);
+    EXPECT_EQ(opened, 0);
+    EXPECT_EQ(reason, "");
+}
+
 TEST_F(descriptor, tells_how_a_call_of_the_system_went) {
     std::string reason;
     const int full = file::open_to_write("/dev/full", reason);
