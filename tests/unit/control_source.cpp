@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "displacement_generator/control.hpp"
+#include "file_test.hpp"
 #include "support.hpp"
 
 using namespace displacement_generator;
@@ -127,23 +128,22 @@ TEST(control_source, files_that_do_not_open) {
               "folder: cannot read the control file: Is a directory|standard error|2");
 }
 
-/// How many descriptors this process has open.
-std::ptrdiff_t open_descriptors() {
-    const std::filesystem::directory_iterator all("/proc/self/fd");
-    return std::distance(begin(all), end(all));
-}
-
 TEST(control_source, gives_its_descriptor_back) {
     const support::scratch_folder scratch;
     support::write_file("control", "&control dx=/");
     support::write_file("mistaken", "&control dx=a/");
-    const std::ptrdiff_t before = open_descriptors();
-    for (int i = 0; i < 3; ++i) {
-        generator::read_control("control");
-        support::stopped_with([] { generator::read_control("mistaken"); });
-        support::stopped_with([] { generator::read_control("missing"); });
-    }
-    EXPECT_EQ(open_descriptors(), before);
+    const auto expect_as_before = [] {
+        const std::ptrdiff_t before = support::open_descriptors();
+        for (int i = 0; i < 3; ++i) {
+            generator::read_control("control");
+            support::stopped_with([] { generator::read_control("mistaken"); });
+            support::stopped_with([] { generator::read_control("missing"); });
+        }
+        EXPECT_EQ(support::open_descriptors(), before);
+    };
+    expect_as_before();
+    const support::no_standard_input closed;
+    expect_as_before();
 }
 
 // Whoever writes the control file into a pipe may keep it open: behind the group nothing is waited for. Were it not so,

@@ -8,6 +8,7 @@
 #include <climits>
 #include <string>
 
+#include "file/output_file.hpp"
 #include "file_test.hpp"
 
 using namespace displacement_generator;
@@ -174,22 +175,44 @@ TEST_F(descriptor, is_not_inherited_by_a_command) {
     }
 }
 
-/// Where standard input is closed the first file opened gets its number.
 TEST_F(descriptor, may_be_number_0) {
     support::write_file("regular", "bytes");
+    const support::no_standard_input closed;
     const auto before = support::open_descriptors();
-    const int saved = ::dup(STDIN_FILENO);
-    ASSERT_GE(saved, 0);
-    ::close(STDIN_FILENO);
     errno = EINTR;  // left by an earlier call
     std::string reason;
     const int opened = file::open_to_read("regular", true, reason);
-    EXPECT_EQ(support::open_descriptors(), before + 1);
-    EXPECT_EQ(file::close_descriptor(opened), 0);
-    ::dup2(saved, STDIN_FILENO);
-    ::close(saved);
     EXPECT_EQ(opened, 0);
     EXPECT_EQ(reason, "");
+    EXPECT_EQ(support::open_descriptors(), before + 1);
+    EXPECT_EQ(file::close_descriptor(opened), 0);
+    EXPECT_EQ(file::open_to_read(".", true, reason), -1);
+    EXPECT_EQ(support::open_descriptors(), before);
+}
+
+TEST_F(descriptor, of_number_0_serves_every_routine) {
+    const file::output_file list("list", file::writers::one);
+    const support::no_standard_input closed;
+    const auto before = support::open_descriptors();
+    { file::output_file("new").write("line\n"); }
+    EXPECT_EQ(support::read_file("new"), "line\n");
+    EXPECT_EQ(support::open_descriptors(), before);
+    EXPECT_NE(support::stopped_with([] { const file::output_file second("list", file::writers::one); }), "no error");
+    EXPECT_EQ(support::open_descriptors(), before);
+    EXPECT_EQ(file::num_file_lines("new"), 1);
+    file::copy("new", "copied");
+    EXPECT_EQ(support::read_file("copied"), "line\n");
+    EXPECT_EQ(support::open_descriptors(), before);
+    file::copy("new", "./new");
+    EXPECT_EQ(support::open_descriptors(), before);
+    file::copy("missing", "copied");
+    EXPECT_EQ(support::read_file("copied"), "");
+    EXPECT_EQ(support::open_descriptors(), before);
+    file::copy("new", "missing/copied");
+    EXPECT_EQ(support::open_descriptors(), before);
+    file::copy_old("new", "copied");
+    EXPECT_EQ(support::read_file("copied").size(), 501U);
+    EXPECT_EQ(support::open_descriptors(), before);
 }
 
 TEST_F(descriptor, tells_how_a_call_of_the_system_went) {
