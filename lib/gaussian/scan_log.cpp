@@ -87,7 +87,7 @@ class scanner {
     void take_row(std::string_view line);
     void take_archive_piece(std::string_view line);
     void begin_table(std::string_view line, const char* begin);
-    void keep_rows(const char* begin, const char* end);
+    void keep_rows(const char* first, const char* last);
     void keep_table();
     void drop_table(const char* why);
     void keep_archive();
@@ -431,9 +431,9 @@ void scanner::keep_archive() {
 }
 
 /// Keeps whole lines of a table.
-void scanner::keep_rows(const char* begin, const char* end) {
-    if (state_ == state::table_rows && begin != end) {
-        table_.rows.append(begin, end);
+void scanner::keep_rows(const char* first, const char* last) {
+    if (state_ == state::table_rows && first != last) {
+        table_.rows.append(first, last);
         if (table_.rows.size() > longest_table) {
             drop_table("expected the end of the table");
         }
