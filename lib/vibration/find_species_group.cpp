@@ -81,7 +81,7 @@ double hessian_variance(const Eigen::MatrixXd& hessian, const operation& by) {
     const Eigen::Index size = hessian.rows();
     double largest = 0.0;
     for (Eigen::Index column = 0; column < size; ++column) {
-        const Eigen::Index image_column = 3 * by.images(column / 3) + column % 3;
+        const Eigen::Index image_column = Eigen::Index{3} * by.images(column / 3) + column % 3;
         const double column_sign = by.matrix(column % 3, column % 3);
         for (Eigen::Index atom = 0; atom < size / 3; ++atom) {
             const auto image = hessian.col(image_column).segment<3>(3 * static_cast<Eigen::Index>(by.images(atom)));
@@ -127,7 +127,7 @@ bool is_group(operation_set set, const candidates& from) {
             }
             const unsigned flip =
                 flips.at(static_cast<std::size_t>(first)) ^ flips.at(static_cast<std::size_t>(second));
-            const auto found = std::find(flips.begin() + 1, flips.end(), flip);
+            const auto* const found = std::find(flips.begin() + 1, flips.end(), flip);
             const int product = static_cast<int>(found - flips.begin());
             if (!holds(set, product)) {
                 return false;
@@ -248,7 +248,7 @@ bool moves_nothing(const operation& by) {
 /// Exchanges the own x and y of a C2v molecule that lies in its zx plane, and not in both.
 void put_planar_into_yz(std::array<unsigned, 3>& axes, const candidates& from) {
     const auto mirror_across = [&](unsigned direction) -> const operation& {
-        const auto found = std::find(flips.begin() + 1, flips.end(), direction);
+        const auto* const found = std::find(flips.begin() + 1, flips.end(), direction);
         return *from.held.at(static_cast<std::size_t>(found - flips.begin()));
     };
     if (moves_nothing(mirror_across(axes[1])) && !moves_nothing(mirror_across(axes[0]))) {

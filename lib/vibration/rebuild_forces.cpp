@@ -16,7 +16,8 @@ void rebuild_forces(const point_relations& relations, Eigen::MatrixXd& forces, E
         const operation& by = operation_of(relations, p);
         steps(p) = carried_direction(by, source, p) * steps(source);
         for (Eigen::Index atom = 0; atom < by.images.size(); ++atom) {
-            forces.col(p).segment<3>(3 * by.images(atom)) = by.matrix * forces.col(source).segment<3>(3 * atom);
+            forces.col(p).segment<3>(Eigen::Index{3} * by.images(atom)) =
+                by.matrix * forces.col(source).segment<3>(3 * atom);
         }
     }
     check_finite(forces, "forces");

@@ -10,14 +10,14 @@ namespace {
 
 void append_vector(std::string& text, const Eigen::Vector3d& vector) {
     std::array<char, 128> row{};
-    std::snprintf(row.data(), row.size(), "%16.9f%16.9f%16.9f\n", vector(0), vector(1), vector(2));
+    static_cast<void>(std::snprintf(row.data(), row.size(), "%16.9f%16.9f%16.9f\n", vector(0), vector(1), vector(2)));
     text += row.data();
 }
 
 void append_values(std::string& text, const Eigen::VectorXd& values) {
     std::array<char, 64> row{};
     for (const double value : values) {
-        std::snprintf(row.data(), row.size(), "%14.4f\n", value);
+        static_cast<void>(std::snprintf(row.data(), row.size(), "%14.4f\n", value));
         text += row.data();
     }
 }
@@ -31,10 +31,11 @@ std::string molden_text(const displacement_list& list, const analysis& made) {
     for (std::size_t i = 0; i < list.numbers.size(); ++i) {
         const std::string symbol(gaussian::symbol_of(list.numbers[i]));
         const auto column = static_cast<Eigen::Index>(i);
-        std::snprintf(label.data(), label.size(), "%-2s%7zu%5d", symbol.c_str(), i + 1, list.numbers[i]);
+        static_cast<void>(
+            std::snprintf(label.data(), label.size(), "%-2s%7zu%5d", symbol.c_str(), i + 1, list.numbers[i]));
         atoms += label.data();
         append_vector(atoms, made.positions.col(column));
-        std::snprintf(label.data(), label.size(), "%-2s", symbol.c_str());
+        static_cast<void>(std::snprintf(label.data(), label.size(), "%-2s", symbol.c_str()));
         coordinates += label.data();
         append_vector(coordinates, made.positions.col(column));
     }

@@ -17,7 +17,7 @@ constexpr std::string_view directions = "xyz";
 
 std::string decimals(double value) {
     char text[64];
-    std::snprintf(text, sizeof text, "%.8f", value);
+    static_cast<void>(std::snprintf(text, sizeof text, "%.8f", value));
     return text;
 }
 

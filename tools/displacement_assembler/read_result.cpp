@@ -49,7 +49,7 @@ std::string plain_route(std::string_view route) {
 
 std::string point_text(const Eigen::Vector3d& at) {
     std::array<char, 128> text{};
-    std::snprintf(text.data(), text.size(), "(%.6f, %.6f, %.6f)", at(0), at(1), at(2));
+    static_cast<void>(std::snprintf(text.data(), text.size(), "(%.6f, %.6f, %.6f)", at(0), at(1), at(2)));
     return text.data();
 }
 

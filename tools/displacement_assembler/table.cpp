@@ -16,7 +16,7 @@ namespace {
     std::array<char, 512> text{};
     va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(text.data(), text.size(), format, arguments);
+    static_cast<void>(std::vsnprintf(text.data(), text.size(), format, arguments));
     va_end(arguments);
     return text.data();
 }

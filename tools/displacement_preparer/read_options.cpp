@@ -17,7 +17,7 @@ namespace {
 
 std::string number(double value) {
     std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.10g", value);
+    static_cast<void>(std::snprintf(text.data(), text.size(), "%.10g", value));
     return text.data();
 }
 

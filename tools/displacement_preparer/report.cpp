@@ -29,7 +29,8 @@ std::string upper_bound(double distance) {
     constexpr double last_digit = 1e-6;
     constexpr double of_a_sum = 1e-3;  // of the last digit
     std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.6f", std::ceil(distance / last_digit - of_a_sum) * last_digit + 0.0);
+    static_cast<void>(std::snprintf(text.data(), text.size(), "%.6f",
+                                    std::ceil(distance / last_digit - of_a_sum) * last_digit + 0.0));
     return text.data();
 }
 
