@@ -104,8 +104,8 @@ void write_point(file_list& list, int n, const base::text<200>& tag, bool is_cal
 
 long long info_block_size(int nop, int natom, int ndisp) {
     constexpr long long fixed_lines = 16 + 22 + 21 + 51 + 14;  // the first and the last line, and three headings
-    constexpr long long labelled_lines = 4 * 32;
-    constexpr long long operation = 30 + 3 * 46;
+    constexpr long long labelled_lines = 4LL * 32;
+    constexpr long long operation = 30 + 3LL * 46;
     constexpr long long point = 51;
     const long long atom = 8LL * (3 + nop) + 1;
     return fixed_lines + labelled_lines + nop * operation + (natom + 1LL) * atom + (ndisp + 1LL) * point;
