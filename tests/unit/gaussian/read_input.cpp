@@ -52,8 +52,8 @@ TEST(read_input, takes_water_as_people_write_it) {
         "O 0 0.0 0.0 0.117\nH -1 0.0 0.757 -0.470\nH -2 0.0 -0.757 -0.470\n",
         "O-OW--0.8 0.0 0.0 0.117\nH-HW-0.4 0.0 0.757 -0.470\nH-HW-0.4 0.0 -0.757 -0.470\n",
         "O(Fragment=1) 0.0 0.0 0.117\nH(fragment=1) 0.0 0.757 -0.470\nH(Fragment=2) 0.0 -0.757 -0.470\n",
-        "O(PDBName=O,ResName=HOH,ResNum=1_A) 0.0 0.0 0.117\nH(PDBName=H1, ResName=HOH) 0 0.0 0.757 -0.470\n"
-        "H-HW(PDBName=H2) 0.0 -0.757 -0.470\n",
+        ("O(PDBName=O,ResName=HOH,ResNum=1_A) 0.0 0.0 0.117\nH(PDBName=H1, ResName=HOH) 0 0.0 0.757 -0.470\n"
+         "H-HW(PDBName=H2) 0.0 -0.757 -0.470\n"),
         "! the molecule\nO 0.0 0.0 0.117 ! oxygen\n!H 9 9 9\nH 0.0 0.757 -0.470\n  ! one more\nH 0.0 -0.757 -0.470\n",
         "O 0.0 0.0 zo\nH 0.0 y -zh\nH 0.0 -y -zh\n\nzo 0.117\ny=0.757\nzh = 0.470\n",
         "O 0.0 0.0 ZO\nH 0.0 y -zh\nH 0.0 -Y -ZH\nVariables:\nzo=0.117\nzh 0.470\nConstants:\ny 0.757\n",
