@@ -162,7 +162,8 @@ TEST(frame_laws, molecules_on_a_line_are_prepared_for_the_fewest_displacements) 
 }
 
 // Noise about the tolerance: what is found depends on little, but whatever it is, it holds. A molecule that was made
-// partly symmetric may, prepared once more, be found to have more symmetry, but never less.
+// partly symmetric may, prepared once more, be found to have more symmetry, but never less, and only at the price of a
+// move that is too far from the source.
 TEST(frame_laws, nothing_is_promised_that_does_not_hold_at_the_edge_of_the_tolerance) {
     engine random(21);
     for (const double noise : {0.006, 0.008, 0.01, 0.012, 0.015, 0.02, 0.03}) {
@@ -176,7 +177,10 @@ TEST(frame_laws, nothing_is_promised_that_does_not_hold_at_the_edge_of_the_toler
             const frame::frame_result again = frame::prepare(source.kinds, result.positions, tolerance);
             EXPECT_LE(again.computed, result.computed);
             const bool is_same = bytes_of(again.positions) == bytes_of(result.positions);
-            EXPECT_TRUE(is_same || again.computed < result.computed);
+            const Eigen::Matrix3Xd turned = (again.rotation * (result.rotation * source.positions)).colwise() +
+                                            (again.rotation * result.shift + again.shift);
+            const double moved_in_all = (again.positions - turned).colwise().norm().maxCoeff();
+            EXPECT_TRUE(is_same || moved_in_all > tolerance) << moved_in_all;
             changed_again += is_same ? 0 : 1;
         }
         RecordProperty("more_symmetry_the_second_time_at_noise_" + std::to_string(noise), changed_again);
