@@ -53,8 +53,8 @@ std::size_t take_digits(std::string_view& field) {
 /// false where it is another magnitude, or none.
 bool read_short_magnitude(std::string_view field, double& magnitude) {
     constexpr std::size_t longest = 16;
-    static constexpr double powers_of_ten[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                               1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    static constexpr double divisors[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                          1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
     if (field.size() > longest) {
         return false;
     }
@@ -78,7 +78,7 @@ bool read_short_magnitude(std::string_view field, double& magnitude) {
     if (c != end || digits == 0) {
         return false;
     }
-    magnitude = static_cast<double>(whole) / powers_of_ten[decimals];
+    magnitude = static_cast<double>(whole) / divisors[decimals];
     return true;
 }
 

@@ -25,10 +25,10 @@ constexpr std::array<double, 92> weights = {
 }  // namespace
 
 double atomic_weight(int number) {
-    const double mass = main_isotope(number).mass;
+    const double of_main_isotope = main_isotope(number).mass;
     const bool in_table = number <= static_cast<int>(weights.size());
     const double weight = in_table ? weights.at(static_cast<std::size_t>(number - 1)) : 0.0;
-    return weight > 0.0 ? weight : mass;
+    return weight > 0.0 ? weight : of_main_isotope;
 }
 
 }  // namespace displacement_generator::element

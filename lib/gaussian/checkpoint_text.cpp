@@ -87,7 +87,7 @@ void append_reals(std::string& text, std::string_view name, const double* values
     }
 }
 
-void append_route(std::string& text, std::string_view route) {
+void append_route_section(std::string& text, std::string_view route) {
     constexpr std::size_t width = 12;
     if (route.empty()) {
         return;
@@ -118,7 +118,7 @@ std::string checkpoint_text(const checkpoint& what) {
     append_integer_value(text, "Number of atoms", static_cast<int>(atoms));
     append_integer_value(text, "Charge", what.charge);
     append_integer_value(text, "Multiplicity", what.multiplicity);
-    append_route(text, what.route);
+    append_route_section(text, what.route);
     append_array_heading(text, "Atomic numbers", 'I', atoms);
     for (Eigen::Index i = 0; i < atoms; ++i) {
         base::append_integer(text, 12, what.numbers[static_cast<std::size_t>(i)]);

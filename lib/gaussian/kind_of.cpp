@@ -34,7 +34,7 @@ bool any_line(std::string_view text, std::size_t most, const condition& holds) {
     return false;
 }
 
-bool is_section_heading(std::string_view line) {
+bool is_number_of_atoms(std::string_view line) {
     constexpr std::size_t type_column = 43;
     return line.starts_with("Number of atoms  ") && line.size() > type_column && line[type_column] == 'I';
 }
@@ -88,7 +88,7 @@ source_kind kind_of(source& from) {
     // The title of a checkpoint may be any text, so it comes before what only asks for the first line.
     constexpr std::size_t top = 10;
     constexpr auto all = static_cast<std::size_t>(-1);
-    if (any_line(text, top, is_section_heading)) {
+    if (any_line(text, top, is_number_of_atoms)) {
         return source_kind::checkpoint;
     }
     if (any_line(text, all, begins_gaussian)) {

@@ -29,4 +29,8 @@ std::vector<input_line> lines_of(std::string_view text, const std::string& name)
 
 std::string place_of(const std::string& name, int line) { return name + ":" + std::to_string(line); }
 
+void stop_at(const std::string& name, int line, const std::string& what) {
+    throw base::run_error(place_of(name, line) + ": " + what);
+}
+
 }  // namespace displacement_generator::gaussian

@@ -43,4 +43,7 @@ struct cursor {
 /// "NAME:LINE", which a message begins with.
 std::string place_of(const std::string& name, int line);
 
+/// Stops the run with "NAME:LINE: WHAT".
+[[noreturn]] void stop_at(const std::string& name, int line, const std::string& what);
+
 }  // namespace displacement_generator::gaussian

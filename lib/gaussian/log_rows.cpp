@@ -8,13 +8,13 @@
 
 #include "base/error.hpp"
 #include "base/free_format.hpp"
+#include "gaussian/symbols.hpp"
 #include "gaussian/words.hpp"
 
 namespace displacement_generator::gaussian {
 
 namespace {
 
-constexpr int largest_number = 118;
 constexpr int dummy = -1;
 constexpr int translation_vector = -2;
 
@@ -83,7 +83,7 @@ log_rows read_rows(const std::string& name, const log_table& table, const char* 
         line = line.substr(0, line.find_last_not_of(" \t\r") + 1);
         row found;
         if (!read(line, found) || found.center <= previous || found.number < translation_vector ||
-            found.number > largest_number) {
+            found.number > largest_atomic_number) {
             throw base::run_error(name + ":" + std::to_string(table.line + lines_above_rows + static_cast<int>(i)) +
                                   ": expected " + what + ", found '" + base::shown(without_blanks(line), 100) + "'");
         }

@@ -13,10 +13,6 @@ namespace displacement_generator::gaussian {
 
 namespace {
 
-[[noreturn]] void stop(const input& source, int line, const std::string& what) {
-    throw base::run_error(place_of(source.name, line) + ": " + what);
-}
-
 /// The first line of a section, or the last one of the file's that is known, for messages.
 std::string shown_first_line(const section& lines) {
     return lines.lines.empty() ? "an empty section" : quoted(lines.lines.front());
@@ -78,9 +74,9 @@ void check_removed(const input& source, const section& found, const section_clai
     for (std::size_t i = 0; i < found.lines.size(); ++i) {
         if (is_basis_end(found.lines[i]) ||
             (owner.place == modredundant_place && !is_coordinate_line(found.lines[i]))) {
-            stop(source, found.line + static_cast<int>(i),
-                 "expected the section of '" + base::shown(owner.owner) + "', found '" + base::shown(found.lines[i]) +
-                     "'; take the keyword out, or give its section");
+            stop_at(source.name, found.line + static_cast<int>(i),
+                    "expected the section of '" + base::shown(owner.owner) + "', found '" +
+                        base::shown(found.lines[i]) + "'; take the keyword out, or give its section");
         }
     }
 }
@@ -104,9 +100,9 @@ void check_connectivity(const input& source, const section& found, const section
     const int atoms = static_cast<int>(source.atoms.numbers.size() + source.dummies.size());
     for (std::size_t i = 0; i < found.lines.size(); ++i) {
         if (!is_connectivity_line(found.lines[i], atoms)) {
-            stop(source, found.line + static_cast<int>(i),
-                 "expected the connectivity that '" + base::shown(owner.owner) + "' asks for, found '" +
-                     base::shown(found.lines[i]) + "'; take the keyword out, or give its section");
+            stop_at(source.name, found.line + static_cast<int>(i),
+                    "expected the connectivity that '" + base::shown(owner.owner) + "' asks for, found '" +
+                        base::shown(found.lines[i]) + "'; take the keyword out, or give its section");
         }
     }
 }
@@ -130,10 +126,10 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
         }
         const section& found = all[at];
         if (owner.what == fate::unknown_count) {
-            stop(source, found.line,
-                 "found " + shown_first_line(found) +
-                     " behind the molecule, and nobody can tell whether it belongs to '" + base::shown(owner.owner) +
-                     "'; take that keyword and its sections out");
+            stop_at(source.name, found.line,
+                    "found " + shown_first_line(found) +
+                        " behind the molecule, and nobody can tell whether it belongs to '" + base::shown(owner.owner) +
+                        "'; take that keyword and its sections out");
         }
         ++at;
         if (owner.place == connectivity_place) {
@@ -153,10 +149,10 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
     if (removed > 0 && at < all.size() && !is_all_removed) {
         const auto owner = std::find_if(late.begin(), late.end(),
                                         [](const section_claim& claim) { return claim.what == fate::removed; });
-        stop(source, all[at].line,
-             "found " + shown_first_line(all[at]) +
-                 " behind the molecule, and nobody can tell whether it belongs to '" + base::shown(owner->owner) +
-                 "'; take that keyword and its section out");
+        stop_at(source.name, all[at].line,
+                "found " + shown_first_line(all[at]) +
+                    " behind the molecule, and nobody can tell whether it belongs to '" + base::shown(owner->owner) +
+                    "'; take that keyword and its section out");
     }
     if (is_all_removed) {
         return kept;
@@ -181,14 +177,15 @@ void check_lines(const input& source, const std::vector<section>& sections) {
         for (std::size_t i = 0; i < kept.lines.size(); ++i) {
             const int line = kept.line + static_cast<int>(i);
             if (stripped(kept.lines[i]).starts_with('#')) {
-                stop(source, line,
-                     "found " + quoted(kept.lines[i]) +
-                         " behind the molecule, which would be taken for the route; take the line out");
+                stop_at(source.name, line,
+                        "found " + quoted(kept.lines[i]) +
+                            " behind the molecule, which would be taken for the route; take the line out");
             }
             if (!source.dummies.empty() && lists_atoms(kept.lines[i])) {
-                stop(source, line,
-                     "found " + quoted(kept.lines[i]) +
-                         ", whose atom numbers may count dummy atoms, which are left out; name the elements instead");
+                stop_at(
+                    source.name, line,
+                    "found " + quoted(kept.lines[i]) +
+                        ", whose atom numbers may count dummy atoms, which are left out; name the elements instead");
             }
         }
     }
@@ -198,14 +195,14 @@ void check_atoms_suit(const input& source, const route& job, const std::string& 
     for (const route_keyword& keyword : job.keywords) {
         const std::string& name = keyword.name();
         if (source.first_type_line != 0 && (name == "amber" || name == "uff" || name == "dreiding" || name == "mm")) {
-            stop(source, source.first_type_line,
-                 "found an atom with a type for the force field '" + base::shown(keyword.text) +
-                     "', which cannot be kept; give the route of another method");
+            stop_at(source.name, source.first_type_line,
+                    "found an atom with a type for the force field '" + base::shown(keyword.text) +
+                        "', which cannot be kept; give the route of another method");
         }
         if (name == "units" && !in_space.empty() && !source.sections.empty()) {
-            stop(source, source.route_line,
-                 quoted(in_space) + " may have coordinates in the units of '" + base::shown(keyword.text) +
-                     "'; give the whole input in angstrom");
+            stop_at(source.name, source.route_line,
+                    quoted(in_space) + " may have coordinates in the units of '" + base::shown(keyword.text) +
+                        "'; give the whole input in angstrom");
         }
     }
 }

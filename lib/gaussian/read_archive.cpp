@@ -19,7 +19,7 @@ constexpr std::size_t most_parts = 300000;
 
 /// The parts of a text between separators; a text without one is one part. What is behind the last part that there may
 /// be stays with it.
-std::vector<std::string_view> split(std::string_view text, std::string_view separator) {
+std::vector<std::string_view> split_at(std::string_view text, std::string_view separator) {
     std::vector<std::string_view> parts;
     for (;;) {
         const std::size_t at = text.find(separator);
@@ -33,7 +33,7 @@ std::vector<std::string_view> split(std::string_view text, std::string_view sepa
 }
 
 bool read_charge(std::string_view field, archive_entry& entry) {
-    const std::vector<std::string_view> numbers = split(field, ",");
+    const std::vector<std::string_view> numbers = split_at(field, ",");
     return numbers.size() == 2 && base::read_integer(numbers[0], entry.molecule.charge) == base::number_status::ok &&
            base::read_integer(numbers[1], entry.molecule.multiplicity) == base::number_status::ok;
 }
@@ -49,7 +49,7 @@ bool read_atom(std::string_view field, int& number, double (&position)[3]) {
         behind = std::min(field.find(')'), field.size() - 1) + 1;
     }
     number = number_of(symbol);
-    parts = split(field.substr(behind), ",");  // the first is what stands before the first comma: nothing
+    parts = split_at(field.substr(behind), ",");  // the first is what stands before the first comma: nothing
     const bool with_code = parts.size() == 5;
     if (number == 0 || (parts.size() != 4 && !with_code) || !parts[0].empty()) {
         return false;
@@ -114,7 +114,7 @@ archive_entry read_archive(std::string_view text) {
     archive_entry entry;
     const std::string_view separator = text.starts_with("1|") ? "|" : "\\";
     const std::string twice = std::string(separator) + std::string(separator);
-    const std::vector<std::string_view> sections = split(text, twice);
+    const std::vector<std::string_view> sections = split_at(text, twice);
     // The results begin with the version. What stands before them is system, route, title and molecule; the values of
     // a Z-matrix are one more section. A title with a doubled separator would shift the sections: nothing is taken.
     constexpr std::size_t route_section = 1;
@@ -128,12 +128,12 @@ archive_entry read_archive(std::string_view text) {
     }
     entry.route = without_blanks(sections[route_section]);
     if (results == molecule_section + 1) {
-        read_molecule(split(sections[molecule_section], separator), entry);
+        read_molecule(split_at(sections[molecule_section], separator), entry);
     } else {
-        const std::vector<std::string_view> fields = split(sections[molecule_section], separator);
+        const std::vector<std::string_view> fields = split_at(sections[molecule_section], separator);
         entry.has_charge = read_charge(fields[0], entry);
     }
-    read_results(split(sections[results], separator), entry);
+    read_results(split_at(sections[results], separator), entry);
     return entry;
 }
 

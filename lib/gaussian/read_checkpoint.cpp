@@ -9,6 +9,7 @@
 #include "base/free_format.hpp"
 #include "gaussian/checkpoint.hpp"
 #include "gaussian/constants.hpp"
+#include "gaussian/symbols.hpp"
 #include "gaussian/words.hpp"
 
 namespace displacement_generator::gaussian {
@@ -30,7 +31,7 @@ struct heading {
     std::string value;  ///< of what is no array
 };
 
-bool is_heading(std::string_view line) {
+bool is_section_heading(std::string_view line) {
     return line.size() > value_column && line[0] != ' ' &&
            std::string_view("IRCLH").find(line[type_column]) != std::string_view::npos &&
            line.substr(name_width, type_column - name_width) == "   " && line[type_column + 1] == ' ';
@@ -88,7 +89,7 @@ void reading::read_top() {
 
 bool reading::next_heading() {
     while (from_.next_line(line_)) {
-        if (!is_heading(line_)) {
+        if (!is_section_heading(line_)) {
             if (without_blanks(line_).empty() || line_[0] == ' ') {
                 continue;  // values of a section that holds more than it should be asked for, or an empty line
             }
@@ -114,7 +115,7 @@ bool reading::next_heading() {
 std::string_view reading::next_value() {
     std::string_view word = next_word(line_);
     while (word.empty()) {
-        if (!from_.next_line(line_) || is_heading(line_)) {
+        if (!from_.next_line(line_) || is_section_heading(line_)) {
             from_.refuse("expected " + std::to_string(heading_.size) + " values in the section '" +
                          base::shown(heading_.name) + "', found fewer");
         }
@@ -284,9 +285,8 @@ void reading::check_complete() const {
     if (missing != nullptr) {
         throw base::run_error(from_.name() + ": expected a section '" + missing + "', found none");
     }
-    constexpr int largest_number = 118;
     for (std::size_t i = 0; i < found_.numbers.size(); ++i) {
-        if (found_.numbers[i] < 1 || found_.numbers[i] > largest_number) {
+        if (found_.numbers[i] < 1 || found_.numbers[i] > largest_atomic_number) {
             throw base::run_error(from_.name() + ": expected atomic numbers from 1 to 118, found " +
                                   std::to_string(found_.numbers[i]) + " for atom " + std::to_string(i + 1));
         }

@@ -16,10 +16,6 @@ namespace displacement_generator::gaussian {
 
 namespace {
 
-[[noreturn]] void stop(const input& job, int line, const std::string& what) {
-    throw base::run_error(place_of(job.name, line) + ": " + what);
-}
-
 /// Jobs are the lines between those that say --Link1--; one without a line of its own counts for nothing.
 std::vector<std::pair<std::size_t, std::size_t>> jobs_of(const std::vector<input_line>& lines) {
     std::vector<std::pair<std::size_t, std::size_t>> jobs;
@@ -42,9 +38,9 @@ std::vector<std::pair<std::size_t, std::size_t>> jobs_of(const std::vector<input
 void refuse_includes(const input& job, const cursor& here) {
     for (std::size_t i = here.at; i < here.end; ++i) {
         if (here.lines[i].text.starts_with('@')) {
-            stop(job, here.lines[i].number,
-                 "found '" + base::shown(here.lines[i].text) +
-                     "', which includes a file; put the text of that file in its place");
+            stop_at(job.name, here.lines[i].number,
+                    "found '" + base::shown(here.lines[i].text) +
+                        "', which includes a file; put the text of that file in its place");
         }
     }
 }
@@ -59,12 +55,12 @@ void read_link0(cursor& here, input& job) {
         if (line.is_comment() || line.text.starts_with('%')) {
             job.link0.emplace_back(line.raw);
         } else if (!line.is_blank() && !begins_with(line.text, "$rungauss")) {
-            stop(job, line.number,
-                 "expected a Link 0 line, which begins with '%', or the route, which begins with '#', found '" +
-                     base::shown(line.text) + "'");
+            stop_at(job.name, line.number,
+                    "expected a Link 0 line, which begins with '%', or the route, which begins with '#', found '" +
+                        base::shown(line.text) + "'");
         }
     }
-    stop(job, here.number(), "expected a route, which begins with '#', found the end of the job");
+    stop_at(job.name, here.number(), "expected a route, which begins with '#', found the end of the job");
 }
 
 void read_route(cursor& here, input& job) {
@@ -137,7 +133,7 @@ void read_title(cursor& here, input& job) {
     const bool may_be_empty = !here.ended() && here.line().is_blank();
     skip_blank_lines(here);
     if (here.ended()) {
-        stop(job, here.number(), "expected a title after the route, found the end of the job");
+        stop_at(job.name, here.number(), "expected a title after the route, found the end of the job");
     }
     job.title.line = here.line().number;
     // A blank line ends the title only where it had text: one of comments alone is none yet.
@@ -155,20 +151,21 @@ void read_title(cursor& here, input& job) {
 void read_charge(cursor& here, input& job, std::vector<notice>& notices) {
     here.skip_blank();
     if (here.ended()) {
-        stop(job, here.number(),
-             "expected a line of charge and multiplicity after the title, found the end of the job");
+        stop_at(job.name, here.number(),
+                "expected a line of charge and multiplicity after the title, found the end of the job");
     }
     const input_line& line = here.line();
     const std::vector<std::string_view> fields = fields_of(line.text);
     if (!is_charge_line(line.text)) {
-        stop(job, line.number,
-             "expected charge and multiplicity, two integers, found '" + base::shown(line.text) +
-                 "'; the title, which begins on line " + std::to_string(job.title.line) + ", ends before it");
+        stop_at(job.name, line.number,
+                "expected charge and multiplicity, two integers, found '" + base::shown(line.text) +
+                    "'; the title, which begins on line " + std::to_string(job.title.line) + ", ends before it");
     }
     if (base::read_integer(fields[0], job.atoms.charge) != base::number_status::ok ||
         base::read_integer(fields[1], job.atoms.multiplicity) != base::number_status::ok ||
         job.atoms.multiplicity < 1) {
-        stop(job, line.number, "expected a charge and a positive multiplicity, found '" + base::shown(line.text) + "'");
+        stop_at(job.name, line.number,
+                "expected a charge and a positive multiplicity, found '" + base::shown(line.text) + "'");
     }
     if (fields.size() > 2) {
         job.first_fragment_line = line.number;
@@ -206,7 +203,8 @@ bool read_job(cursor here, input& job, std::vector<notice>& notices) {
     }
     if (std::any_of(job.keywords.keywords.begin(), job.keywords.keywords.end(),
                     [](const route_keyword& word) { return begins_with(word.name(), "extraover"); })) {
-        stop(job, job.route_line, "found 'extraoverlays', whose section before the title cannot be kept; take it out");
+        stop_at(job.name, job.route_line,
+                "found 'extraoverlays', whose section before the title cannot be kept; take it out");
     }
     read_title(here, job);
     read_charge(here, job, notices);

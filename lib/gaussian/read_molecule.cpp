@@ -76,7 +76,7 @@ bool is_name(std::string_view field) { return !field.empty() && (is_letter(field
 
 bool is_layer(std::string_view field) { return is_one_of(field, {"h", "m", "l", "high", "medium", "low"}); }
 
-bool is_heading(std::string_view text) {
+bool is_variables_heading(std::string_view text) {
     return is_one_of(text, {"variables:", "constants:", "variables", "constants"});
 }
 
@@ -252,7 +252,7 @@ void read_value(reader& in) {
 /// Reads the lines up to the next blank one: values, with headings among them or none.
 void read_values(reader& in) {
     for (; !in.here.ended() && !in.here.line().is_blank(); ++in.here.at) {
-        if (!in.here.line().is_comment() && !is_heading(in.here.line().text)) {
+        if (!in.here.line().is_comment() && !is_variables_heading(in.here.line().text)) {
             read_value(in);
         }
     }
@@ -284,7 +284,7 @@ void read_blocks_of_values(reader& in) {
             ++next.at;
         }
         const bool has_more = !next.ended() && !next.line().is_blank();
-        const bool has_heading = has_more && is_heading(next.line().text);
+        const bool has_heading = has_more && is_variables_heading(next.line().text);
         if (unknown == nullptr && !has_heading) {
             return;
         }
@@ -349,7 +349,7 @@ void read_molecule(cursor& here, const input_units& units, input& job, std::vect
         if (here.line().is_comment()) {
             continue;
         }
-        if (is_heading(here.line().text)) {
+        if (is_variables_heading(here.line().text)) {
             in.has_values_heading = true;
             read_values(in);
             break;

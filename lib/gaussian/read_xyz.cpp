@@ -14,12 +14,10 @@ namespace displacement_generator::gaussian {
 
 namespace {
 
-constexpr int largest_number = 118;
-
 int number_or_symbol(std::string_view word) {
     int number = 0;
     if (base::read_integer(word, number) == base::number_status::ok) {
-        return number >= 1 && number <= largest_number ? number : 0;
+        return number >= 1 && number <= largest_atomic_number ? number : 0;
     }
     return number_of(word);
 }

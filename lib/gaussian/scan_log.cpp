@@ -18,9 +18,9 @@ namespace displacement_generator::gaussian {
 
 namespace {
 
-constexpr std::size_t look_back = 1024;     ///< bytes before a line that stay in the block: the lines above it
-constexpr std::size_t longest_line = 4096;  ///< Gaussian's lines have at most some 130 characters
-constexpr std::size_t piece_width = 70;     ///< columns, behind the first, after which route and archive are broken
+constexpr std::size_t look_back = 1024;       ///< bytes before a line that stay in the block: the lines above it
+constexpr std::size_t most_looked_at = 4096;  ///< Gaussian's lines have at most some 130 characters
+constexpr std::size_t piece_width = 70;       ///< columns, behind the first, after which route and archive are broken
 constexpr std::size_t longest_route = 65536;
 constexpr std::size_t longest_archive = std::size_t{1}
                                         << 24;  ///< 250,000 atoms, the most that Gaussian takes, need 12 MB
@@ -193,7 +193,7 @@ void scanner::take(const char* begin, const char* end) {
     if (end != begin && end[-1] == '\r') {
         --end;
     }
-    const std::string_view line(begin, std::min(static_cast<std::size_t>(end - begin), longest_line));
+    const std::string_view line(begin, std::min(static_cast<std::size_t>(end - begin), most_looked_at));
     if (state_ != state::seeking && is_job_line(line)) {
         tell("a job begins or ends here, in the middle of what went before");
         state_ = state::seeking;
@@ -461,7 +461,7 @@ void scanner::pass_over_long_line() {
     char* block = reader_.block.get();
     ++reader_.line_number;
     if (state_ != state::seeking) {
-        take(block + reader_.begin, block + reader_.begin + longest_line);
+        take(block + reader_.begin, block + reader_.begin + most_looked_at);
     }
     const void* feed = nullptr;
     do {

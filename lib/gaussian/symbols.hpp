@@ -4,7 +4,9 @@
 
 namespace displacement_generator::gaussian {
 
-/// The chemical symbol of an atomic number, "H" to "Og"; stops the run outside 1..118.
+constexpr int largest_atomic_number = 118;
+
+/// The chemical symbol of an atomic number, "H" to "Og"; stops the run outside 1..largest_atomic_number.
 std::string_view symbol_of(int number);
 
 /// The atomic number of a chemical symbol in any case; 0 where it is none.

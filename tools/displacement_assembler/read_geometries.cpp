@@ -13,7 +13,7 @@ namespace {
 
 /// The list has six decimals of dx, and both coordinates whose difference is the step have eight.
 constexpr double step_rounding = 0.5e-6 + 2 * 0.5e-8 + 1e-10;
-constexpr std::string_view directions = "xyz";
+constexpr std::string_view axis_names = "xyz";
 
 std::string decimals(double value) {
     char text[64];
@@ -23,7 +23,7 @@ std::string decimals(double value) {
 
 /// "y of atom 2"
 std::string coordinate_name(Eigen::Index c) {
-    return std::string(1, directions[static_cast<std::size_t>(c % 3)]) + " of atom " + std::to_string(c / 3 + 1);
+    return std::string(1, axis_names[static_cast<std::size_t>(c % 3)]) + " of atom " + std::to_string(c / 3 + 1);
 }
 
 /// The unit of lengths that a route asks for, in angstrom.

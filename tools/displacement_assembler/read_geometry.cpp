@@ -26,9 +26,10 @@ std::vector<std::string_view> lines_of(std::string_view text) {
     return lines;
 }
 
-class reading {
+class geometry_reading {
   public:
-    reading(const std::string& name, const std::vector<std::string_view>& lines) : name_(name), lines_(lines) {}
+    geometry_reading(const std::string& name, const std::vector<std::string_view>& lines)
+        : name_(name), lines_(lines) {}
 
     geometry read(const std::vector<std::string>& symbols) {
         read_route();
@@ -64,7 +65,7 @@ class reading {
     geometry result_;
 };
 
-void reading::read_route() {
+void geometry_reading::read_route() {
     std::size_t route = lines_.size();
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         route = without_blanks(lines_[i]).starts_with('#') ? i : route;
@@ -80,7 +81,7 @@ void reading::read_route() {
     pass_section("a blank line after the route");
 }
 
-void reading::read_charge() {
+void geometry_reading::read_charge() {
     if (at_ < lines_.size()) {
         ++at_;  // the first line of the title may be blank
     }
@@ -100,7 +101,7 @@ void reading::read_charge() {
     ++at_;
 }
 
-void reading::read_atoms(const std::vector<std::string>& symbols) {
+void geometry_reading::read_atoms(const std::vector<std::string>& symbols) {
     result_.first_atom_line = static_cast<int>(at_) + 1;
     result_.positions.resize(3, static_cast<Eigen::Index>(symbols.size()));
     for (std::size_t i = 0; i < symbols.size(); ++i, ++at_) {
@@ -124,7 +125,7 @@ void reading::read_atoms(const std::vector<std::string>& symbols) {
 geometry read_geometry(gaussian::source& from, const std::vector<std::string>& symbols) {
     const std::string text = from.rest(longest_input);
     const std::vector<std::string_view> lines = lines_of(text);
-    return reading(from.name(), lines).read(symbols);
+    return geometry_reading(from.name(), lines).read(symbols);
 }
 
 }  // namespace displacement_generator::assembler

@@ -49,9 +49,9 @@ int printed_number(std::string_view symbol) {
     return nat(1);
 }
 
-class reading {
+class list_reading {
   public:
-    explicit reading(gaussian::source& from) : from_(from) {}
+    explicit list_reading(gaussian::source& from) : from_(from) {}
     displacement_list read();
 
   private:
@@ -89,7 +89,7 @@ class reading {
     char first_sign_ = ' ';  ///< in the names of the lowered coordinates
 };
 
-void reading::next_line(const std::string& expected) {
+void list_reading::next_line(const std::string& expected) {
     if (!from_.next_line(line_)) {
         throw base::run_error(
             from_.name() + ":" + std::to_string(std::max(from_.line_number(), 1LL)) + ": expected " + expected +
@@ -97,16 +97,16 @@ void reading::next_line(const std::string& expected) {
     }
 }
 
-void reading::refuse(const std::string& expected, std::string_view found) const {
+void list_reading::refuse(const std::string& expected, std::string_view found) const {
     from_.refuse("expected " + expected + ", found '" + base::shown(found) + "'");
 }
 
 /// A field without its blanks; blanks at the end of the line may be missing.
-std::string_view reading::field(std::size_t begin, std::size_t width) const {
+std::string_view list_reading::field(std::size_t begin, std::size_t width) const {
     return begin >= line_.size() ? std::string_view() : gaussian::without_blanks(line_.substr(begin, width));
 }
 
-int reading::integer(std::size_t begin, std::size_t width, const std::string& what, int least, int most) const {
+int list_reading::integer(std::size_t begin, std::size_t width, const std::string& what, int least, int most) const {
     int value = 0;
     const std::string_view text = field(begin, width);
     if (base::read_integer(text, value) != base::number_status::ok || value < least || value > most) {
@@ -118,24 +118,25 @@ int reading::integer(std::size_t begin, std::size_t width, const std::string& wh
     return value;
 }
 
-void reading::expect_integer(std::size_t begin, std::size_t width, const std::string& what, int value) const {
+void list_reading::expect_integer(std::size_t begin, std::size_t width, const std::string& what, int value) const {
     static_cast<void>(integer(begin, width, what, value, value));
 }
 
-void reading::expect_line(std::string_view text) {
+void list_reading::expect_line(std::string_view text) {
     next_line(gaussian::quoted(text));
     if (line_ != text) {
         refuse(gaussian::quoted(text), line_);
     }
 }
 
-void reading::expect_end_at(std::size_t width, const std::string& what) {
+void list_reading::expect_end_at(std::size_t width, const std::string& what) {
     if (line_.size() > width && !gaussian::without_blanks(line_.substr(width)).empty()) {
         refuse(what + " to end at column " + std::to_string(width), line_.substr(width));
     }
 }
 
-int reading::labelled_integer(std::string_view label, std::size_t width, const std::string& what, int least, int most) {
+int list_reading::labelled_integer(std::string_view label, std::size_t width, const std::string& what, int least,
+                                   int most) {
     next_line(gaussian::quoted(label));
     if (!line_.starts_with(label)) {
         refuse(gaussian::quoted(label), line_);
@@ -145,7 +146,7 @@ int reading::labelled_integer(std::string_view label, std::size_t width, const s
     return value;
 }
 
-void reading::read_head() {
+void list_reading::read_head() {
     natom_ = labelled_integer("Number of atoms: ", 6, "the number of atoms", 1, most_atoms);
     const int most_files = std::min(6 * natom_ + 1, most_atoms);
     nfile_ = labelled_integer("Number of files: ", 6, "the number of files", 1, most_files);
@@ -158,7 +159,7 @@ void reading::read_head() {
     expect_end_at(label.size() + 10, "this line");
 }
 
-void reading::read_names() {
+void list_reading::read_names() {
     constexpr std::size_t width = 30;
     for (int i = 0; i < nfile_; ++i) {
         next_line("the name of a geometry file");
@@ -176,7 +177,7 @@ void reading::read_names() {
     }
 }
 
-void reading::read_group() {
+void list_reading::read_group() {
     expect_line("Begin_vesk_info");
     constexpr std::string_view label = "Point          group:";
     next_line(gaussian::quoted(label));
@@ -196,7 +197,7 @@ void reading::read_group() {
 }
 
 /// The name line of an operation is in `line_`.
-void reading::read_operation() {
+void list_reading::read_operation() {
     const int place = static_cast<int>(list_.operation_names.size()) + 1;
     expect_integer(9, 10, "the place of the operation", place);
     const std::string_view name = field(19, 10);
@@ -232,7 +233,7 @@ void reading::read_operation() {
     list_.relations.symmetry.push_back(std::move(operation));
 }
 
-void reading::read_operations() {
+void list_reading::read_operations() {
     for (;;) {
         next_line("an operation or 'Atom correspondance:'");
         if (!line_.starts_with("Operation")) {
@@ -245,7 +246,7 @@ void reading::read_operations() {
     }
 }
 
-void reading::read_atom(int i) {
+void list_reading::read_atom(int i) {
     constexpr std::size_t width = 8;
     next_line("atom " + std::to_string(i) + " of the correspondence table");
     expect_integer(0, width, "the atom's number", i);
@@ -269,7 +270,7 @@ void reading::read_atom(int i) {
     list_.numbers.push_back(number);
 }
 
-void reading::read_correspondence() {
+void list_reading::read_correspondence() {
     constexpr std::size_t width = 8;
     next_line("the heading of the correspondence table");
     if (field(0, width) != "n" || field(width, width) != "symbol" || field(2 * width, width) != "nat") {
@@ -307,7 +308,7 @@ void reading::read_correspondence() {
 }
 
 /// The name that point n has is known but for its sign, which disp_sign chose.
-void reading::check_tag(int n, std::string_view tag, bool is_computed) {
+void list_reading::check_tag(int n, std::string_view tag, bool is_computed) {
     const int atom = (n - 1) / 6 + 1;
     const char direction = directions[static_cast<std::size_t>((n - 1) % 6 / 2)];
     std::string number = std::to_string(atom);
@@ -335,7 +336,7 @@ void reading::check_tag(int n, std::string_view tag, bool is_computed) {
 }
 
 /// A point that is not computed follows from a computed one, whose coordinate the operation carries onto its own.
-void reading::check_source(int n, bool is_computed, int m, int place) {
+void list_reading::check_source(int n, bool is_computed, int m, int place) {
     if (is_computed) {
         if (m != n || place != 1) {
             refuse("point " + std::to_string(n) + ", which is computed, to follow from itself by E", line_);
@@ -357,7 +358,7 @@ void reading::check_source(int n, bool is_computed, int m, int place) {
     }
 }
 
-void reading::read_reference() {
+void list_reading::read_reference() {
     next_line("row 0 of the point table");
     expect_integer(0, 8, "the number of the point", 0);
     const std::string tag = list_.files.front().name.substr(6, 8);
@@ -370,7 +371,7 @@ void reading::read_reference() {
 }
 
 /// Columns: 1-8 n, 11-18 file, 19-26 is_calc, 27-34 m, 35-42 num(op), 43-50 op.
-void reading::read_point(int n) {
+void list_reading::read_point(int n) {
     next_line("row " + std::to_string(n) + " of the point table");
     expect_integer(0, 8, "the number of the point", n);
     const std::string_view computed = field(18, 8);
@@ -392,7 +393,7 @@ void reading::read_point(int n) {
     list_.relations.operations(n - 1) = place - 1;
 }
 
-void reading::read_points() {
+void list_reading::read_points() {
     const int ndisp = 6 * natom_;
     labelled_integer("Total         points:", 10, "6 N", ndisp, ndisp);
     labelled_integer("Calculated    points:", 10, "the number of files less one", nfile_ - 1, nfile_ - 1);
@@ -417,14 +418,14 @@ void reading::read_points() {
     }
 }
 
-void reading::read_end() {
+void list_reading::read_end() {
     expect_line("End_vesk_info");
     if (from_.next_line(line_)) {
         refuse("'End_vesk_info' as the last line", line_);
     }
 }
 
-displacement_list reading::read() {
+displacement_list list_reading::read() {
     read_head();
     read_names();
     read_group();
@@ -437,6 +438,6 @@ displacement_list reading::read() {
 
 }  // namespace
 
-displacement_list read_list(gaussian::source& from) { return reading(from).read(); }
+displacement_list read_list(gaussian::source& from) { return list_reading(from).read(); }
 
 }  // namespace displacement_generator::assembler

@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -28,11 +27,6 @@ constexpr double conversion = 1e-7;
 /// Two geometries that are equal but for their frame, and how far off a turned one is at least.
 constexpr double same_when_turned = 2e-5;
 constexpr double off_when_turned = 1e-3;
-
-bool exists(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0;
-}
 
 /// A route that can be compared: small letters, single blanks.
 std::string plain_route(std::string_view route) {
@@ -188,7 +182,7 @@ constexpr std::array kinds = {kind{".log", read_log}, kind{".out", read_log}, ki
 
 std::string find_result(const std::string& stem) {
     for (const kind& next : kinds) {
-        if (std::string path = stem + std::string(next.ending); exists(path)) {
+        if (std::string path = stem + std::string(next.ending); access(path.c_str(), F_OK) == 0) {
             return path;
         }
     }

@@ -1,6 +1,5 @@
 #include "run.hpp"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <string_view>
@@ -18,16 +17,11 @@ namespace {
 
 constexpr std::string_view list_name = "files.out";
 
-bool exists(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0;
-}
-
 /// What stands before the names of the list and its files: empty, or ending in a slash.
 std::string find_folder(const std::string& asked) {
     const std::string given = asked == "." ? "" : asked.ends_with('/') ? asked : asked + "/";
     for (const std::string& folder : {given, given + "PES-0/"}) {
-        if (exists(folder + std::string(list_name))) {
+        if (access((folder + std::string(list_name)).c_str(), F_OK) == 0) {
             return folder;
         }
     }
