@@ -21,12 +21,12 @@ Copyright (C) Free Software Foundation, Inc.
 License: GPL version 3 or later with the GCC Runtime Library Exception 3.1; the
 GPL is in /usr/share/common-licenses/GPL-3.
 
-displacement_preparer contains parts of Eigen.
+displacement_preparer and displacement_assembler contain parts of Eigen.
 Copyright (C) 2006-2013 Benoit Jacob, Gael Guennebaud and others.
 License: MPL 2.0, in /usr/share/common-licenses/MPL-2.0; the source is that of
 the Debian package libeigen3-dev.
 
-displacement_preparer contains parts of CLI11.
+displacement_preparer and displacement_assembler contain parts of CLI11.
 Copyright (C) 2017-2020 University of Cincinnati, developed by Henry Schreiner
 under NSF AWARD 1414736.
 License: BSD-3-clause:

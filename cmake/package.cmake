@@ -15,7 +15,9 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
     "Reads a Gaussian input with one molecule in Cartesian coordinates, finds which
 of the eight abelian point groups it has about the axes of its coordinates, and
 writes one input for each displaced geometry that has to be computed. Those
-that follow from another one by symmetry are left out; a table tells how.")
+that follow from another one by symmetry are left out; a table tells how.
+displacement_preparer makes such an input from other files of Gaussian, and
+displacement_assembler computes the frequencies from the results.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DOCDIR ${CMAKE_INSTALL_DOCDIR})
 set(CPACK_MANDIR ${CMAKE_INSTALL_MANDIR})
