@@ -69,7 +69,8 @@ struct text {
     constexpr operator std::string_view() const { return {characters, n}; }
     operator std::string() const { return {characters, n}; }
     operator text_ref() { return {characters, n}; }
-    [[nodiscard]] constexpr std::string_view trimmed() const { return base::trimmed(*this); }
+    [[nodiscard]] constexpr std::string_view trimmed() const& { return base::trimmed(*this); }
+    std::string_view trimmed() const&& = delete;  // the text would be gone before what is returned is looked at
 };
 
 template <class type>
@@ -111,6 +112,26 @@ class text_view {
         return {first_ + static_cast<std::size_t>(i - lower_) * length_, length_};
     }
     [[nodiscard]] std::size_t text_length() const { return length_; }
+
+    /// One text after the other; what it points to is made as it is asked for.
+    class iterator {
+      public:
+        iterator(char* at, std::size_t length) : at_(at), length_(length) {}
+        text_ref operator*() const { return {at_, length_}; }
+        iterator& operator++() {
+            at_ += length_;
+            return *this;
+        }
+        bool operator==(const iterator& other) const { return at_ == other.at_; }
+
+      private:
+        char* at_;
+        std::size_t length_;
+    };
+    [[nodiscard]] iterator begin() const { return {first_, length_}; }
+    [[nodiscard]] iterator end() const {
+        return {first_ + static_cast<std::size_t>(upper_ - lower_ + 1) * length_, length_};
+    }
 
   private:
     const char* name_;

@@ -21,9 +21,15 @@ std::string found_instead(base::field_kind kind, std::string_view field, base::n
 
 /// Whether an atom line is one of a Z-matrix: after the symbol, pairs of the number of an earlier atom and a length or
 /// an angle, one pair for each earlier atom up to three.
-///   j      in  number of the atom
-///   after  in  the line after its symbol
-bool is_zmatrix_line(int j, std::string_view after) {
+///   j       in  number of the atom
+///   symbol  in
+///   after   in  the line after its symbol
+bool is_zmatrix_line(int j, const base::text<2>& symbol, std::string_view after) {
+    const char first = symbol.characters[0];
+    if (after.find('/') != std::string_view::npos ||
+        !((first >= 'A' && first <= 'Z') || (first >= 'a' && first <= 'z'))) {
+        return false;
+    }
     int fields = 0;
     for (;;) {
         std::string_view field;
@@ -43,7 +49,9 @@ bool is_zmatrix_line(int j, std::string_view after) {
 void read_atom(const input_lines& input, int iatom, int j, base::view1<double> xyz, base::text<2>& symbol) {
     const int line_number = iatom + j - 1;
     const auto stop = [&](const std::string& what) {
-        throw base::run_error(input.name + ":" + std::to_string(line_number) + ": " + what);
+        const int last_title = iatom - 3;  // before a blank line and the charge
+        throw base::run_error(input.name + ":" + std::to_string(line_number) + ": " + what +
+                              long_title_hint(find_title(input), last_title));
     };
     const std::string_view line = input.lines(line_number).trimmed();
     std::string_view rest = line;
@@ -58,9 +66,9 @@ void read_atom(const input_lines& input, int iatom, int j, base::view1<double> x
         if (kind != base::field_kind::value || status != base::number_status::ok) {
             stop("expected three numbers after the symbol '" + base::shown(symbol.trimmed()) + "', found " +
                  std::to_string(i - 1) + " and then " + found_instead(kind, field, status) +
-                 (is_zmatrix_line(j, after_symbol) ? "; this looks like a Z-matrix, Cartesian coordinates are "
-                                                     "needed: displacement_preparer makes them"
-                                                   : ""));
+                 (is_zmatrix_line(j, symbol, after_symbol) ? "; this looks like a Z-matrix, Cartesian coordinates are "
+                                                             "needed: displacement_preparer makes them"
+                                                           : ""));
         }
     }
 }

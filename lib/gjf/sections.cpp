@@ -30,8 +30,7 @@ int find_blank(const input_lines& input, int first) {
 ///   from      in  the line where the search began; the message names the last line where there is no such line
 ///   expected  in  what was looked for
 ///   first_title, last_title
-///             in  the first and the last line that count as the title, 0 where there is none; where they are several,
-///                 the message says so: charge and atoms are among them if a blank line was left out
+///             in  the first and the last line that count as the title, 0 where there is none
 [[noreturn]] void section_error(const input_lines& input, int from, const std::string& expected, int first_title = 0,
                                 int last_title = 0) {
     const int route = find_route(input);
@@ -44,11 +43,8 @@ int find_blank(const input_lines& input, int first) {
             break;
         }
     }
-    if (first_title < last_title) {
-        message += "; lines " + std::to_string(first_title) + " to " + std::to_string(last_title) +
-                   " count as the title, is a blank line missing?";
-    }
-    throw base::run_error(message);
+    throw base::run_error(message + long_title_hint(first_title, last_title) +
+                          base::byte_order_mark_hint(input.lines(1).trimmed()));
 }
 
 }  // namespace
@@ -95,6 +91,12 @@ int find_charge(const input_lines& input) {
         section_error(input, blank + 1, "a charge and multiplicity line", title, blank - 1);
     }
     return blank + 1;
+}
+
+std::string long_title_hint(int first, int last) {
+    return first >= last ? ""
+                         : "; lines " + std::to_string(first) + " to " + std::to_string(last) +
+                               " count as the title, is a blank line missing?";
 }
 
 int find_atom(const input_lines& input) { return find_charge(input) + 1; }

@@ -78,7 +78,7 @@ def number(field):
 
 # ---- control file --------------------------------------------------------------------------------------------------
 
-OPENING = re.compile(r"^ *&control(?=[ \t\r/!]|$)", re.MULTILINE | re.IGNORECASE)
+OPENING = re.compile(r"^[ \t]*&control(?=[ \t\r/!,]|$)", re.MULTILINE | re.IGNORECASE)
 TOKEN = re.compile(
     r"""
     (?P<skipped> [ \t\r\n]+ | ![^\n]* )
@@ -156,6 +156,7 @@ class Molecule:
         for line in lines[first:end]:
             # Fields lie between commas or runs of blanks and tabs; "/" ends the line.
             symbol, *numbers = re.split(r"[ \t]*,[ \t]*|[ \t]+", line.split("/")[0].strip(" \t"))
+            symbol = re.sub(r"^(['\"])(.*)\1$", r"\2", symbol)
             self.symbols.append(symbol[:2])
             self.coords.append(tuple(number(field) for field in numbers[:3]))
 

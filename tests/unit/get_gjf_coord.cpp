@@ -165,6 +165,9 @@ TEST_F(get_gjf_coord, says_where_a_line_is_one_of_a_z_matrix) {
     };
     const row rows[] = {
         {"", "H", symbol_only + hint},
+        {"", "*", "expected three numbers after the symbol '*', found 0 and then no more fields"},
+        {"", "2", "expected three numbers after the symbol '2', found 0 and then no more fields"},
+        {"", "H/1 2 3", symbol_only},
         {"O 0 0 0\n", "H", symbol_only},
         {"O 0 0 0\n", "H 1 R", variable + hint},
         {"O 0 0 0\n", "H 1 0.96", two_numbers + hint},
@@ -184,6 +187,19 @@ TEST_F(get_gjf_coord, says_where_a_line_is_one_of_a_z_matrix) {
         EXPECT_EQ(message_of(static_cast<int>(number) - 5),
                   "mol.gjf:" + std::to_string(number) + ": " + tested.message + "|standard error|2");
     }
+}
+
+TEST_F(get_gjf_coord, says_where_a_blank_line_may_be_missing_after_the_title) {
+    support::write_file("mol.gjf", "#\n\nt\n0 1\nO 1 2 3\n\nO H 0\n6-31G(d)\n");
+    EXPECT_EQ(message_of(1),
+              "mol.gjf:8: expected three numbers after the symbol '6-', found 0 and then no more fields; lines 3 to 5 "
+              "count as the title, is a blank line missing?|standard error|2");
+    support::write_file("mol.gjf", "#\n\nt\nu\n\n0 1\nO\n");
+    EXPECT_EQ(
+        message_of(1),
+        "mol.gjf:7: expected three numbers after the symbol 'O', found 0 and then no more fields; this looks like "
+        "a Z-matrix, Cartesian coordinates are needed: displacement_preparer makes them; lines 3 to 4 count as "
+        "the title, is a blank line missing?|standard error|2");
 }
 
 TEST_F(get_gjf_coord, keeps_what_was_read_of_a_line_before_it_stopped) {

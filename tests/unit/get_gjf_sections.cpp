@@ -97,6 +97,10 @@ TEST_F(get_gjf_sections, that_are_missing_stop_the_run) {
         {"#", 1,
          "mol.gjf:1: expected a blank line that ends the route section, found the end of the file (line 1); the route "
          "line is line 1, the last one that begins with '#'|standard error|2"},
+        {"\xef\xbb\xbf# hf\n\nt\n#u\n", 1,
+         "mol.gjf:4: expected a blank line that ends the route section, found the end of the file (line 4); the route "
+         "line is line 4, the last one that begins with '#'; the file begins with a byte order mark, save it as plain "
+         "text without one|standard error|2"},
         {"#\n\n", 1,
          "mol.gjf:2: expected a title line, found the end of the file (line 2); the route line is line 1, the last one "
          "that begins with '#'|standard error|2"},

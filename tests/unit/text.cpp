@@ -49,7 +49,8 @@ TEST(text, is_padded_or_cut_to_its_length) {
     EXPECT_EQ(whole(base::text<4>("abcd")), "abcd");
     EXPECT_EQ(whole(base::text<4>("abcde")), "abcd");
     EXPECT_EQ(whole(base::text<4>(std::string_view("a\0b", 3))), std::string("a\0b ", 4));
-    EXPECT_EQ(base::text<4>(" ab").trimmed(), " ab");
+    const base::text<4> padded(" ab");
+    EXPECT_EQ(padded.trimmed(), " ab");
 }
 
 /// Whether two texts are equal; the same is found whichever of them stands first.
@@ -163,6 +164,10 @@ TEST(text, view_writes_to_the_texts_of_an_array) {
     EXPECT_EQ(whole(texts(0)), "fir");
     EXPECT_EQ(whole(texts(1)), "   ");
     EXPECT_EQ(whole(texts(2)), "x  ");
+    for (const base::text_ref text : view) {
+        text.assign("all");
+    }
+    EXPECT_EQ(whole(texts(0)) + whole(texts(1)) + whole(texts(2)), "allallall");
     for (const int i : {-1, 3}) {
         EXPECT_EQ(support::stopped_with([&] { view(i).assign("x"); }),
                   "array 'texts': index " + std::to_string(i) + " is outside 0..2|standard error|2");

@@ -25,6 +25,7 @@ void require_work_dir(const std::string& command, int status, int error) {
         return;
     }
     std::string reason;
+    bool has_room = true;
     constexpr mode_t everybody = 0777;  // less what the user's umask takes away
     if (::mkdir(folder.c_str(), everybody) == 0) {
         ::rmdir(folder.c_str());
@@ -37,8 +38,13 @@ void require_work_dir(const std::string& command, int status, int error) {
                                                      : "a link of this name exists and leads to no folder";
     } else {
         reason = file::system_reason(errno);
+        has_room = errno != ENOSPC && errno != EDQUOT;
     }
-    throw base::run_error(folder + ": cannot make the folder: " + reason);
+    const std::string message = folder + ": cannot make the folder: " + reason;
+    if (!has_room) {
+        throw file::no_room(message);
+    }
+    throw base::run_error(message);
 }
 
 /// The list, in a directory that the shell makes. Whether it could shows when the list is opened.

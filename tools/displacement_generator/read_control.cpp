@@ -180,11 +180,15 @@ void read_value(group& g, const std::string& key, base::text<200>& value) {
     value = std::string_view(text);
 }
 
-/// Sets a key's variable, which keeps what it has where no value is written.
+/// Whether a value follows; where none is written, the variable keeps what it has.
+bool has_value(group& g) {
+    const int c = g.source.peek();
+    return c != ',' && c != '/' && c != end_of_file;
+}
+
 template <class variable_type>
 void set(group& g, const std::string& key, variable_type& variable) {
-    const int c = g.source.peek();
-    if (c != ',' && c != '/' && c != end_of_file) {
+    if (has_value(g)) {
         read_value(g, key, variable);
     }
 }
@@ -210,7 +214,9 @@ void read_assignment(group& g) {
     } else if (key == "task") {
         set(g, key, settings.task);
     } else if (key == "fxyz") {
-        settings.fxyz_place = g.source.name() + ":" + std::to_string(g.source.line());
+        if (has_value(g) || settings.fxyz.trimmed().empty()) {  // the path in use was read here, or is missed here
+            settings.fxyz_place = g.source.name() + ":" + std::to_string(g.source.line());
+        }
         set(g, key, settings.fxyz);
     } else if (key == "dx") {
         set(g, key, settings.dx);
