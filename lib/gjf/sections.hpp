@@ -24,8 +24,8 @@ int find_charge(const input_lines& input);
 int find_atom(const input_lines& input);
 int count_atoms(const input_lines& input);
 
-/// What a message ends in where several lines count as the title, as charge and atoms are among them if a blank line was
-/// left out; empty where it is one line, or none.
+/// What a message ends in where several lines count as the title, as charge and atoms are among them if a blank line
+/// was left out; empty where it is one line, or none.
 ///   first, last  in  the first and the last line of the title
 std::string long_title_hint(int first, int last);
 
