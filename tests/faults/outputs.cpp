@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <utility>
 
 #include "faults.hpp"
 
@@ -207,11 +209,12 @@ bool mounts_privately() {
 /// A file system of so many pages and files in place of the working directory.
 class small_device {
   public:
-    explicit small_device(const std::string& options)
-        : mounted_(mounts_privately() && ::mount("none", "PES-0", "tmpfs", 0, options.c_str()) == 0) {}
+    explicit small_device(const std::string& options, std::string folder = "PES-0")
+        : folder_(std::move(folder)),
+          mounted_(mounts_privately() && ::mount("none", folder_.c_str(), "tmpfs", 0, options.c_str()) == 0) {}
     ~small_device() {
         if (mounted_) {
-            ::umount("PES-0");
+            ::umount(folder_.c_str());
         }
     }
     small_device(const small_device&) = delete;
@@ -219,6 +222,7 @@ class small_device {
     [[nodiscard]] bool mounted() const { return mounted_; }
 
   private:
+    std::string folder_;
     bool mounted_;
 };
 
@@ -258,6 +262,21 @@ TEST_F(output, device_that_has_no_room_for_another_file) {
                            names[files] + ": cannot open for writing: No space left on device" + faults::need());
         }
     }
+}
+
+TEST_F(output, device_that_has_no_room_for_the_folder) {
+    std::filesystem::create_directory("device");
+    const small_device device("nr_inodes=3", "device");  // of the folder and the two inputs
+    if (!device.mounted()) {
+        GTEST_SKIP() << "a file system can be mounted by root only";
+    }
+    const support::outcome result =
+        faults::run_in_shell(R"(cp control mol.gjf device && cd device && LC_ALL=C "$0" control)");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.standard_output, "");
+    EXPECT_EQ(result.standard_error,
+              "/bin/mkdir: cannot create directory 'PES-0': No space left on device\n" +
+                  faults::error_line("PES-0: cannot make the folder: No space left on device" + faults::need()));
 }
 
 TEST_F(output, device_that_is_read_only) {
