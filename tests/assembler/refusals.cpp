@@ -291,6 +291,10 @@ TEST(refusals, outputs_that_are_inputs) {
         EXPECT_EQ(done.standard_output, "");
     }
     EXPECT_EQ(support::read_file("PES-0/coord-1-dx.log"), before);
+    // Beside plain forces it would be the input of the next run.
+    EXPECT_EQ(assemble({"--hessian", "./PES-0/coord-0-00.fchk"}).standard_error,
+              "displacement_assembler: error: ./PES-0/coord-0-00.fchk: expected another file than an input, which is "
+              "never overwritten\n");
     EXPECT_EQ(assemble({"--molden", "x", "--hessian", "./x"}).standard_error,
               "displacement_assembler: error: ./x: expected another file for each output, found the same one twice\n");
     EXPECT_EQ(assemble({"--molden", "nowhere/x"}).standard_error,
