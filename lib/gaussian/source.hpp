@@ -39,6 +39,9 @@ class source {
     /// Number of the line last taken.
     [[nodiscard]] long long line_number() const { return reader_.line_number; }
 
+    /// Whether the line last taken had its line end; where a file was cut its last line has none.
+    [[nodiscard]] bool line_is_whole() const { return line_is_whole_; }
+
     /// Takes all that is left. Stops the run where that is more than `longest` bytes.
     std::string rest(std::size_t longest);
 
@@ -53,6 +56,7 @@ class source {
   private:
     std::string name_;
     file::record_reader reader_;
+    bool line_is_whole_ = true;
     bool owned_ = false;  ///< whether the descriptor is this one's to close
 };
 

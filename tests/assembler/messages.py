@@ -1,9 +1,8 @@
 #!/usr/bin/env python3
 """Holds docs/assembling.md against the messages in the code of the assembler: messages.py TOP
 
-Every fixed piece of a documented message must be made of string literals of tools/displacement_assembler or of the
-reader of logs, and every literal
-there that reads like a message must stand in the document. Messages about lines of the list and of geometry files name what was
+Every fixed piece of a documented message must be made of string literals of tools/displacement_assembler, of
+tools/companion or of the reader of logs, and every literal of both tools that reads like a message must stand in the document. Messages about lines of the list and of geometry files name what was
 expected there, and are not documented one by one.
 """
 import pathlib
@@ -32,7 +31,8 @@ def main():
     messages = [message for message in messages if len(message) > 3]
     told = re.sub(r"<[^>]*>", "\0", document)
     literals, checked = set(), set()
-    for path in sorted((top / "tools" / "displacement_assembler").glob("*.cpp")):
+    folders = (top / "tools" / "displacement_assembler", top / "tools" / "companion")
+    for path in sorted(path for folder in folders for path in folder.glob("*.[ch]pp")):
         literals |= literals_of(path)
         checked |= literals_of(path) if path.name not in TOLD_TOGETHER else set()
     literals |= literals_of(top / "lib" / "gaussian" / "read_log.cpp")

@@ -172,6 +172,165 @@ TEST(refusals, forces_that_are_no_numbers) {
               "PES-0/coord-1-dx.forces:2: expected three numbers, 'energy' or 'dipole', found '0 0 nan'\n");
 }
 
+TEST(refusals, what_is_no_log_of_gaussian) {
+    const good_folder good;
+    support::write_file("PES-0/coord-0-00.log", "");
+    support::write_file("PES-0/coord-1-dx.log", "Segmentation fault\n");
+    support::write_file("PES-0/coord-1-dy.log", std::string(3000, '\0'));
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-0-00.log: expected the log of a finished job, found one without a geometry\n"
+              "PES-0/coord-1-dx.log: expected the log of a finished job, found one without a geometry\n"
+              "PES-0/coord-1-dy.log: expected the log of a finished job, found one without a geometry\n");
+}
+
+TEST(refusals, a_log_in_a_turned_frame) {
+    const good_folder good;
+    support::twin_job job = job_of(good.molecule, "coord-1-dx");
+    const Eigen::Matrix3d turn = Eigen::AngleAxisd(1.5707963267948966, Eigen::Vector3d::UnitZ()).toRotationMatrix();
+    job.points[0].positions = (turn * job.points[0].positions).eval();
+    write_log("coord-1-dx", job);
+    job = job_of(good.molecule, "coord-1-dy");  // the forces are below the line of asterisks, their geometry is nowhere
+    job.route = "#p b3lyp/6-31g(d) force";
+    job.standard = {turn, Eigen::Vector3d::Zero()};
+    job.input_tables = false;
+    job.archive = false;
+    write_log("coord-1-dy", job);
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.log:16: expected the geometry of the .com with atom 2 at (0.000000, 0.772189, "
+              "-0.455236), found it at (-0.772189, 0.000000, -0.455236); the molecule is the same in another frame, "
+              "compute with nosymm\n"
+              "PES-0/coord-1-dy.log:27: expected the geometry of these forces in their frame, found none (give "
+              "nosymm)\n");
+}
+
+TEST(refusals, a_log_of_another_step) {
+    const good_folder good;
+    support::twin_job job = job_of(good.molecule, "coord-1-dx");
+    job.points[0].positions(0, 0) = -0.01;
+    write_log("coord-1-dx", job);
+    EXPECT_EQ(
+        refusals_of_run(),
+        "PES-0/coord-1-dx.log:16: expected the geometry of the .com with atom 1 at (-0.005000, 0.000000, 0.113809), "
+        "found it at (-0.010000, 0.000000, 0.113809)\n");
+}
+
+TEST(refusals, forces_of_an_earlier_geometry) {
+    const good_folder good;
+    support::twin_job job = job_of(good.molecule, "coord-1-dx");
+    job.points.push_back(job.points[0]);
+    job.points[1].forces.resize(3, 0);
+    job.points[1].positions(0, 0) += 0.01;
+    write_log("coord-1-dx", job);
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.log:26: expected forces at the last geometry, found those of an earlier one\n");
+}
+
+TEST(refusals, a_second_job_that_did_not_end) {
+    const good_folder good;
+    support::twin_log log{.jobs = {job_of(good.molecule, "coord-1-dx"), job_of(good.molecule, "coord-1-dx")}};
+    log.jobs[1].ends_normally = false;
+    support::write_file("PES-0/coord-1-dx.log", support::log_text(log));
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.log: expected the log of a finished job, found one that did not end normally\n");
+}
+
+TEST(refusals, checkpoints_of_another_molecule) {
+    const good_folder good;
+    support::twin_checkpoint checkpoint;
+    checkpoint.numbers = good.molecule.reference.numbers;
+    checkpoint.point = good.molecule.at(read_geometry_file("PES-0/coord-1-dx.com"));
+    const auto write = [](const char* name, const support::twin_checkpoint& changed) {
+        std::filesystem::remove("PES-0/" + std::string(name) + ".log");
+        support::write_file("PES-0/" + std::string(name) + ".fchk", support::checkpoint_text(changed));
+    };
+    support::twin_checkpoint changed = checkpoint;
+    changed.numbers[0] = 16;
+    write("coord-0-00", changed);
+    changed = checkpoint;
+    changed.charge = -1;
+    changed.multiplicity = 2;
+    write("coord-1-dx", changed);
+    changed = checkpoint;
+    changed.point.positions(0, 0) = -0.01;
+    write("coord-1-dy", changed);
+    changed.numbers.pop_back();
+    changed.point.positions.conservativeResize(3, 2);
+    changed.point.forces.conservativeResize(3, 2);
+    write("coord-1-dz", changed);
+    write("coord-1+dz", checkpoint);
+    replace_in("PES-0/coord-1+dz.fchk", "  8.00000000E+00  1.00000000E+00", "  8.00000000E+00  0.00000000E+00");
+    changed = checkpoint;
+    changed.route = "# hf/3-21g force nosymm";
+    changed.point = good.molecule.at(read_geometry_file("PES-0/coord-2-dx.com"));
+    write("coord-2-dx", changed);
+    EXPECT_EQ(
+        refusals_of_run(),
+        "PES-0/coord-0-00.fchk: expected O as atom 1, found S\n"
+        "PES-0/coord-1-dx.fchk: expected charge 0 and multiplicity 1, found -1 and 2\n"
+        "PES-0/coord-1-dy.fchk: expected the geometry of the .com with atom 1 at (0.000000, -0.005000, 0.113809), "
+        "found it at (-0.010000, 0.000000, 0.113809)\n"
+        "PES-0/coord-1-dz.fchk: expected 3 atoms, found 2\n"
+        "PES-0/coord-1+dz.fchk: expected no ghost atoms, found atom 2 without a nuclear charge\n"
+        "PES-0/coord-2-dx.fchk: expected the route '#p b3lyp/6-31g(d) force nosymm' as in most files, found '# "
+        "hf/3-21g force nosymm'\n");
+}
+
+TEST(refusals, checkpoints_with_other_text_than_numbers) {
+    const good_folder good;
+    support::twin_checkpoint checkpoint;
+    checkpoint.numbers = good.molecule.reference.numbers;
+    checkpoint.point = good.molecule.at(read_geometry_file("PES-0/coord-1-dx.com"));
+    checkpoint.other_sections = false;
+    std::string text = support::checkpoint_text(checkpoint);
+    const std::size_t gradient = text.find('\n', text.find("Cartesian Gradient")) + 1;
+    std::filesystem::remove("PES-0/coord-1-dx.log");
+    support::write_file("PES-0/coord-1-dx.fchk", text.replace(gradient, 16, " ***************"));
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.fchk:13: expected a number in the section 'Cartesian Gradient', found "
+              "'***************'\n");
+}
+
+TEST(refusals, plain_forces) {
+    const good_folder good;
+    const std::string row = "0.1 0.2 0.3\n";
+    const auto write = [](const char* name, const std::string& text) {
+        std::filesystem::remove("PES-0/" + std::string(name) + ".log");
+        support::write_file("PES-0/" + std::string(name) + ".forces", text);
+    };
+    write("coord-0-00", "");
+    write("coord-1-dx", row + row);
+    write("coord-1-dy", row + row + row + row);
+    write("coord-1-dz", row + row + "0.1 0.2 ****\n");
+    write("coord-1+dz", "energy ****\n" + row + row + row);
+    write("coord-2-dx", "dipole 0 1\n" + row + row + row);
+    write("coord-2-dy", "energy 1\nenergy 1\n" + row + row + row);
+    write("coord-2+dy", "dipole 1 2 3\n" + row + "dipole 1 2 3\n" + row + row);
+    write("coord-2-dz", row + "0.1 0.2 1e400\n" + row);
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-0-00.forces: expected forces on 3 atoms, found 0\n"
+              "PES-0/coord-1-dx.forces: expected forces on 3 atoms, found 2\n"
+              "PES-0/coord-1-dy.forces:4: expected forces on 3 atoms and no more, found '0.1 0.2 0.3'\n"
+              "PES-0/coord-1-dz.forces:3: expected three numbers, 'energy' or 'dipole', found '0.1 0.2 ****'\n"
+              "PES-0/coord-1+dz.forces:1: expected a number behind 'energy', found 'energy ****'\n"
+              "PES-0/coord-2-dx.forces:1: expected three numbers behind 'dipole', found 'dipole 0 1'\n"
+              "PES-0/coord-2-dy.forces:2: expected one energy, found 'energy 1'\n"
+              "PES-0/coord-2+dy.forces:3: expected one dipole, found 'dipole 1 2 3'\n"
+              "PES-0/coord-2-dz.forces:2: expected three numbers, 'energy' or 'dipole', found '0.1 0.2 1e400'\n");
+}
+
+TEST(refusals, without_the_reference_nothing_else_is_looked_at) {
+    const good_folder good;
+    replace_in("PES-0/coord-0-00.com", "#p", " p");
+    replace_in("PES-0/coord-1-dx.com", "#p", " p");
+    support::write_file("PES-0/coord-1-dy.log", "");
+    std::filesystem::remove("PES-0/coord-1-dz.log");
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-0-00.com: expected a route, found none\n"
+              "PES-0/coord-1-dx.com: expected a route, found none\n"
+              "PES-0/coord-1-dz: expected a .log, .out, .fchk or .forces, found none\n"
+              "displacement_assembler: error: PES-0/files.out: 9 of 10 are there\n");
+}
+
 TEST(refusals, geometry_files) {
     const good_folder good;
     replace_in("PES-0/coord-1-dx.com", "-0.00500000", "-0.00400000");
@@ -196,12 +355,19 @@ TEST(refusals, geometry_files) {
 TEST(refusals, a_log_that_is_cut_gives_no_result) {
     const good_folder good;
     support::twin_job job = job_of(good.molecule, "coord-1-dx");
-    job.between.assign(2000, 'x');
-    job.between += '\n';
+    for (int i = 0; i < 1500; ++i) {
+        job.between += " What Gaussian prints between the geometry and its forces is much longer.\n";
+    }
     write_log("coord-1-dx", job);
     ASSERT_EQ(assemble().status, 0);
     const std::string whole = support::read_file("PES-0/coord-1-dx.log");
-    for (std::size_t size = 0; size < whole.size() - 60; size += 100) {
+    ASSERT_GT(whole.size(), 100000U);
+    std::vector<std::size_t> sizes;
+    for (std::size_t size = 0; size < whole.size() - 60;
+         size += size < 2000 || whole.size() - size < 4000 ? 100U : 1000U) {
+        sizes.push_back(size);
+    }
+    for (const std::size_t size : sizes) {
         support::write_file("PES-0/coord-1-dx.log", whole.substr(0, size));
         const support::outcome done = assemble();
         ASSERT_EQ(done.status, 1) << size;
@@ -291,6 +457,10 @@ TEST(refusals, outputs_that_are_inputs) {
         EXPECT_EQ(done.standard_output, "");
     }
     EXPECT_EQ(support::read_file("PES-0/coord-1-dx.log"), before);
+    // Beside plain forces it would be the input of the next run.
+    EXPECT_EQ(assemble({"--hessian", "./PES-0/coord-0-00.fchk"}).standard_error,
+              "displacement_assembler: error: ./PES-0/coord-0-00.fchk: expected another file than an input, which is "
+              "never overwritten\n");
     EXPECT_EQ(assemble({"--molden", "x", "--hessian", "./x"}).standard_error,
               "displacement_assembler: error: ./x: expected another file for each output, found the same one twice\n");
     EXPECT_EQ(assemble({"--molden", "nowhere/x"}).standard_error,

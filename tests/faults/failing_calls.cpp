@@ -15,9 +15,10 @@
 // Preloaded into the program under test, this stands between it and the system. The calls of one kind that the program
 // makes on files of its own are counted, and one of them, or every one, goes wrong:
 //
-//   FAILING_CALL   one or several of open, lock, empty, read, write, close, cut, copy_file_range, stat and system;
-//   "empty"
-//                  and "cut" are both ftruncate, to nothing and to some length; copy_file_range is for its source
+//   FAILING_CALL   one or several of open, lock, empty, read, write, close, cut, copy_file_range, stat, system,
+//                  mkstemp, fchmod and rename; "empty" and "cut" are both ftruncate, to nothing and to some length;
+//                  copy_file_range is for its source; a file of mkstemp is known by the name that is asked for, with
+//                  XXXXXX, and rename by the new name
 //   FAILING_FILE   optional: only calls for a file of this name are counted
 //   FAILING_TURN   which one, counted from 1; 0 for every one
 //   FAILING_WAY    how: an errno as a number; "interrupted", once; "half" of what was asked for, one "byte" of it, or
@@ -210,7 +211,39 @@ int fcntl(int fd, int cmd, ...) {  // NOLINT(cert-dcl50-cpp)
     if (cmd == F_OFD_SETLK && is_turn("lock", name_of(fd)) && fails()) {
         return -1;
     }
-    return static_cast<int>(::syscall(SYS_fcntl, fd, cmd, argument));
+    const auto result = static_cast<int>(::syscall(SYS_fcntl, fd, cmd, argument));
+    if ((cmd == F_DUPFD || cmd == F_DUPFD_CLOEXEC) && result >= 0 && result < most_descriptors) {
+        copy_text(names[result], name_of(fd));
+    }
+    return result;
+}
+
+int mkstemp(char* name) {
+    char asked_name[longest_name] = {};
+    std::memcpy(asked_name, name, ::strnlen(name, longest_name - 1));
+    if (is_turn("mkstemp", asked_name) && fails()) {
+        return -1;
+    }
+    using function = int (*)(char*);
+    const int descriptor = reinterpret_cast<function>(::dlsym(RTLD_NEXT, "mkstemp"))(name);
+    if (descriptor >= 0 && descriptor < most_descriptors) {
+        std::memcpy(names[descriptor], asked_name, longest_name);
+    }
+    return descriptor;
+}
+
+int fchmod(int fd, mode_t mode) {
+    if (is_turn("fchmod", name_of(fd)) && fails()) {
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_fchmod, fd, mode));
+}
+
+int rename(const char* old, const char* name) {
+    if (is_turn("rename", name) && fails()) {
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_renameat, AT_FDCWD, old, AT_FDCWD, name));
 }
 
 ssize_t copy_file_range(int infd, off64_t* pinoff, int outfd, off64_t* poutoff, std::size_t length, unsigned flags) {

@@ -5,6 +5,8 @@
 
 namespace displacement_generator::assembler {
 
+constexpr const char* program_name = "displacement_assembler";
+
 /// The mass of one atom in place of that of its element.
 struct atom_mass {
     int atom;     ///< from 1

@@ -1,11 +1,14 @@
 #include <cmath>
 #include <cstdio>
+#include <exception>
 #include <string_view>
+#include <utility>
 
 #include "base/error.hpp"
 #include "gaussian/constants.hpp"
 #include "gaussian/route.hpp"
 #include "geometry.hpp"
+#include "in_parallel.hpp"
 
 namespace displacement_generator::assembler {
 
@@ -75,24 +78,35 @@ geometry_set read_geometries(const std::string& folder, const displacement_list&
                              std::vector<std::string>& refusals) {
     geometry_set result;
     result.steps = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(6 * list.numbers.size()));
-    bool has_reference = false;
-    for (const listed_file& file : list.files) {
-        bool is_good = false;
+    std::vector<std::string> problems(list.files.size());
+    const auto take = [&](std::size_t i, const auto& use) {
+        const std::string name = folder + list.files[i].name + ".com";
         try {
-            gaussian::source from(folder + file.name + ".com", gaussian::opening::regular_only);
-            geometry found = read_geometry(from, list.symbols);
-            if (file.point < 0) {
-                result.unit_in_angstrom = unit_of(found, from.name() + ":" + std::to_string(found.route_line));
-                result.reference = std::move(found);
-                has_reference = is_good = true;
-            } else if (has_reference) {
-                result.steps(file.point) = step_of(from.name(), found, result.reference, file.point, list.dx);
-                is_good = true;
-            }
+            gaussian::source from(name, gaussian::opening::regular_only);
+            use(from.name(), read_geometry(from, list.symbols));
         } catch (const base::run_error& error) {
-            refusals.emplace_back(error.what());
+            problems[i] = error.what();
+        } catch (const std::exception& error) {  // for want of memory, for example: never beyond a thread
+            problems[i] = name + ": " + error.what();
         }
-        result.are_good.push_back(is_good);
+    };
+    take(0, [&](const std::string& name, geometry&& found) {
+        result.unit_in_angstrom = unit_of(found, name + ":" + std::to_string(found.route_line));
+        result.reference = std::move(found);
+    });
+    const bool has_reference = problems[0].empty();
+    in_parallel(list.files.size() - 1, [&](std::size_t i) {
+        take(i + 1, [&](const std::string& name, geometry&& found) {
+            if (const Eigen::Index point = list.files[i + 1].point; has_reference) {
+                result.steps(point) = step_of(name, found, result.reference, point, list.dx);
+            }
+        });
+    });
+    for (const std::string& problem : problems) {
+        result.are_good.push_back(has_reference && problem.empty());
+        if (!problem.empty()) {
+            refusals.push_back(problem);
+        }
     }
     return result;
 }

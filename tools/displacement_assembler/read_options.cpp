@@ -6,6 +6,7 @@
 
 #include "base/error.hpp"
 #include "base/free_format.hpp"
+#include "companion/command_line.hpp"
 #include "options.hpp"
 
 namespace displacement_generator::assembler {
@@ -16,18 +17,7 @@ namespace {
 constexpr double least_mass = 0.001;
 constexpr double largest_mass = 10000.0;
 
-[[noreturn]] void stop(const std::string& what) {
-    throw base::run_error("command line: " + what + " (displacement_assembler --help tells more)");
-}
-
-/// A message of the command-line library in the form of ours.
-std::string in_our_form(const CLI::ParseError& error) {
-    std::string text = base::shown(error.what(), 300);
-    if (text.size() > 1 && text[0] >= 'A' && text[0] <= 'Z' && text[1] >= 'a' && text[1] <= 'z') {
-        text[0] = static_cast<char>(text[0] - 'A' + 'a');
-    }
-    return text;
-}
+[[noreturn]] void stop(const std::string& what) { companion::refuse_command_line(program_name, what); }
 
 atom_mass read_atom_mass(std::string_view text) {
     atom_mass result{};
@@ -72,13 +62,8 @@ std::string read_options(int argc, const char* const* argv, options& asked) {
         "the forces computed for its files: coord-TAG.log, .out, .fchk or .forces beside each coord-TAG.com. The "
         "table\n"
         "goes to standard output, notices go to standard error.",
-        "displacement_assembler");
-    constexpr std::size_t column = 26;
-    app.get_formatter()->column_width(column);
-    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::Throw);
-    app.set_version_flag("--version", std::string("displacement_assembler " DISPLACEMENT_GENERATOR_VERSION),
-                         "print the version and end");
-    app.set_help_flag("-h,--help", "print this help and end");
+        program_name);
+    companion::add_common_options(app);
     std::string kind = "isotope";
     std::vector<std::string> masses;
     const CLI::Option* folder =
@@ -94,14 +79,8 @@ std::string read_options(int argc, const char* const* argv, options& asked) {
     const CLI::Option* hessian =
         app.add_option("--hessian", asked.hessian, "write Hessian and dipole derivatives as a formatted checkpoint")
             ->type_name("FILE");
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp&) {
-        return app.help();
-    } catch (const CLI::CallForVersion& version) {
-        return std::string(version.what()) + "\n";
-    } catch (const CLI::ParseError& error) {
-        stop(in_our_form(error));
+    if (const std::string text = companion::parse(app, argc, argv); !text.empty()) {
+        return text;
     }
     if (folder->count() != 0 && asked.folder.empty()) {
         stop("FOLDER: expected the name of a folder, found an empty one");

@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
@@ -123,26 +122,12 @@ void read_log(const std::string& path, const expected_geometry& expected, result
     found.route_place = from.name() + ":" + std::to_string(job.line);
 }
 
-/// A checkpoint has no mark of its end; at least its last line must be whole.
-void check_line_end(const std::string& path, const std::string& name) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    char last = '\n';
-    if (descriptor >= 0) {
-        const off_t size = ::lseek(descriptor, 0, SEEK_END);
-        if (size > 0 && ::pread(descriptor, &last, 1, size - 1) != 1) {
-            last = '\n';  // the reader itself tells of files that cannot be read
-        }
-        ::close(descriptor);
-    }
-    if (last != '\n') {
-        throw base::run_error(name + ": expected a line end at the end of the file, found none; it was cut");
-    }
-}
-
 void read_checkpoint(const std::string& path, const expected_geometry& expected, result& found) {
     gaussian::source from(path, gaussian::opening::regular_only);
     const gaussian::checkpoint contents = gaussian::read_checkpoint(from);
-    check_line_end(path, from.name());
+    if (!from.line_is_whole()) {  // a checkpoint has no mark of its end; at least its last line must be whole
+        throw base::run_error(from.name() + ": expected a line end at the end of the file, found none; it was cut");
+    }
     if (!contents.ghosts.empty()) {
         throw base::run_error(from.name() + ": expected no ghost atoms, found atom " +
                               std::to_string(contents.ghosts.front()) + " without a nuclear charge");

@@ -1,16 +1,13 @@
 #include <unistd.h>
 
-#include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <map>
 #include <string_view>
-#include <system_error>
-#include <thread>
 
 #include "base/error.hpp"
 #include "file/descriptor.hpp"
+#include "in_parallel.hpp"
 #include "result.hpp"
 
 namespace displacement_generator::assembler {
@@ -68,19 +65,14 @@ class gathering {
         found_.dipoles.resize(3, 6 * natom);
     }
 
-    /// Takes files until there are no more; run by several threads.
-    void take_files(progress* shown) {
-        for (std::size_t i = next_++; i < list_.files.size(); i = next_++) {
-            try {
-                take(i);
-            } catch (const base::run_error& error) {
-                summaries_[i].refusal = error.what();
-            } catch (const std::exception& error) {  // for want of memory, for example: never beyond a thread
-                summaries_[i].refusal = folder_ + list_.files[i].name + ": " + error.what();
-            }
-            if (shown != nullptr) {
-                shown->show(i + 1);
-            }
+    /// Takes a file of the list; for any thread.
+    void take_file(std::size_t i) {
+        try {
+            take(i);
+        } catch (const base::run_error& error) {
+            summaries_[i].refusal = error.what();
+        } catch (const std::exception& error) {  // for want of memory, for example: never beyond a thread
+            summaries_[i].refusal = folder_ + list_.files[i].name + ": " + error.what();
         }
     }
 
@@ -94,7 +86,6 @@ class gathering {
     const displacement_list& list_;
     const geometry_set& geometries_;
     std::vector<summary> summaries_;
-    std::atomic<std::size_t> next_ = 0;
     results found_;
 };
 
@@ -176,22 +167,11 @@ results gathering::finish(std::vector<std::string>& refusals) {
 
 results read_results(const std::string& folder, const displacement_list& list, const geometry_set& geometries,
                      std::vector<std::string>& refusals) {
-    constexpr unsigned most_threads = 16;
-    constexpr std::size_t files_worth_a_thread = 16;
     gathering files(folder, list, geometries);
-    const unsigned useful =
-        static_cast<unsigned>(std::min<std::size_t>(list.files.size() / files_worth_a_thread, most_threads));
-    const unsigned helpers = std::min(useful, std::max(std::thread::hardware_concurrency(), 1U) - 1);
     {
         progress shown(list.files.size());
-        std::vector<std::jthread> threads;
-        try {
-            for (unsigned i = 0; i < helpers; ++i) {
-                threads.emplace_back([&] { files.take_files(nullptr); });
-            }
-        } catch (const std::system_error&) {  // no more threads: those that there are do it all
-        }
-        files.take_files(&shown);
+        in_parallel(
+            list.files.size(), [&](std::size_t i) { files.take_file(i); }, [&](std::size_t done) { shown.show(done); });
     }
     return files.finish(refusals);
 }

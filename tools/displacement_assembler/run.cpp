@@ -7,7 +7,7 @@
 
 #include "analysis.hpp"
 #include "base/error.hpp"
-#include "file/descriptor.hpp"
+#include "companion/program.hpp"
 #include "gaussian/checkpoint.hpp"
 #include "new_files.hpp"
 
@@ -30,12 +30,6 @@ std::string find_folder(const std::string& asked) {
                           "displacement_generator first");
 }
 
-void print_to_standard_error(const std::string& text) {
-    if (const int error = file::write_all(STDERR_FILENO, text); error != 0) {
-        throw base::run_error("standard error: cannot write: " + file::system_reason(error));
-    }
-}
-
 /// Stops the run with all that is missing or refused.
 void check_refusals(const std::string& list_path, const std::vector<std::string>& refusals, std::size_t files,
                     std::size_t there) {
@@ -46,7 +40,7 @@ void check_refusals(const std::string& list_path, const std::vector<std::string>
     for (const std::string& refusal : refusals) {
         text += refusal + "\n";
     }
-    print_to_standard_error(text);
+    companion::print_to_standard_error(text);
     throw base::run_error(list_path + ": " + std::to_string(there) + " of " + std::to_string(files) + " are there" +
                               (there == files ? ", not all of them can be used" : ""),
                           base::message_stream::standard_error, 1);
@@ -139,12 +133,6 @@ displacement_list list_at(const std::string& path) {
 
 }  // namespace
 
-void print(const std::string& text) {
-    if (const int error = file::write_all(STDOUT_FILENO, text); error != 0) {
-        throw base::run_error("standard output: cannot write: " + file::system_reason(error));
-    }
-}
-
 void run(const options& asked) {
     const std::string folder = find_folder(asked.folder);
     const std::string list_path = folder + std::string(list_name);
@@ -166,8 +154,8 @@ void run(const options& asked) {
     if (!asked.hessian.empty()) {
         files.write(asked.hessian, hessian_text(list, geometries, found, made));
     }
-    print_to_standard_error(notices(base::shown(list_path, list_path.size()), geometries, found, made));
-    print(table(asked, list, found, made));
+    companion::print_to_standard_error(notices(base::shown(list_path, list_path.size()), geometries, found, made));
+    companion::print(table(asked, list, found, made));
     files.put_in_place();
 }
 

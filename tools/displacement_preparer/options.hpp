@@ -5,6 +5,8 @@
 
 namespace displacement_generator::preparer {
 
+constexpr const char* program_name = "displacement_preparer";
+
 /// What the command line asks for.
 struct options {
     std::string source;               ///< "-": standard input

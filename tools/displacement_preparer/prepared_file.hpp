@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "companion/temporary_file.hpp"
 #include "source_molecule.hpp"
 
 namespace displacement_generator::preparer {
@@ -16,14 +18,11 @@ class prepared_file {
     ///   output  in  a path, or "-" for standard output
     ///   source  in  the file that must not be written to
     prepared_file(std::string output, const file_identity& source);
-    ~prepared_file();
-    prepared_file(const prepared_file&) = delete;
-    prepared_file& operator=(const prepared_file&) = delete;
 
     /// Writes the text into the temporary file.
-    void write(std::string_view text);
+    void write(std::string_view text) { temporary_->write(text); }
     /// Name of the temporary file, which can be read from now on.
-    [[nodiscard]] const std::string& temporary() const { return temporary_; }
+    [[nodiscard]] const std::string& temporary() const { return temporary_->path(); }
     /// Gives the temporary file the name OUTPUT. Where OUTPUT is a stream or a device its text is written there.
     void put_in_place(std::string_view text);
 
@@ -31,7 +30,7 @@ class prepared_file {
     std::string output_;
     std::string replaced_;  ///< the file that gets the name: OUTPUT, or what it leads to where it is a link
     bool is_stream_;        ///< whether there is nothing to be replaced: standard output, a pipe, a device
-    std::string temporary_;
+    std::optional<companion::temporary_file> temporary_;
 };
 
 }  // namespace displacement_generator::preparer

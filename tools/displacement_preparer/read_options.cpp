@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/error.hpp"
+#include "companion/command_line.hpp"
 #include "frame/frame.hpp"
 #include "options.hpp"
 
@@ -11,23 +12,12 @@ namespace displacement_generator::preparer {
 
 namespace {
 
-[[noreturn]] void stop(const std::string& what) {
-    throw base::run_error("command line: " + what + " (displacement_preparer --help tells more)");
-}
+[[noreturn]] void stop(const std::string& what) { companion::refuse_command_line(program_name, what); }
 
 std::string number(double value) {
     std::array<char, 32> text{};
     static_cast<void>(std::snprintf(text.data(), text.size(), "%.10g", value));
     return text.data();
-}
-
-/// A message of the command-line library in the form of ours.
-std::string in_our_form(const CLI::ParseError& error) {
-    std::string text = base::shown(error.what(), 300);
-    if (text.size() > 1 && text[0] >= 'A' && text[0] <= 'Z' && text[1] >= 'a' && text[1] <= 'z') {
-        text[0] = static_cast<char>(text[0] - 'A' + 'a');
-    }
-    return text;
 }
 
 void check(const options& asked) {
@@ -50,13 +40,8 @@ std::string read_options(int argc, const char* const* argv, options& asked) {
     CLI::App app(
         "Makes a Gaussian input of any molecule from Gaussian, in the frame in which displacement_generator computes\n"
         "fewest displacements. Report and notices go to standard error.",
-        "displacement_preparer");
-    constexpr std::size_t column = 26;
-    app.get_formatter()->column_width(column);
-    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::Throw);
-    app.set_version_flag("--version", std::string("displacement_preparer " DISPLACEMENT_GENERATOR_VERSION),
-                         "print the version and end");
-    app.set_help_flag("-h,--help", "print this help and end");
+        program_name);
+    companion::add_common_options(app);
     app.add_option("SOURCE", asked.source,
                    "Gaussian input or log, formatted checkpoint or xyz file, told by its content; - is standard input")
         ->required()
@@ -70,14 +55,8 @@ std::string read_options(int argc, const char* const* argv, options& asked) {
     app.add_option("--charge", asked.charge, "in place of the source's")->type_name("N");
     app.add_option("--multiplicity", asked.multiplicity, "in place of the source's")->type_name("N");
     app.add_flag("--keep-frame", asked.keep_frame, "neither move nor turn the molecule, only make it exact");
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp&) {
-        return app.help();
-    } catch (const CLI::CallForVersion& version) {
-        return std::string(version.what()) + "\n";
-    } catch (const CLI::ParseError& error) {
-        stop(in_our_form(error));
+    if (const std::string text = companion::parse(app, argc, argv); !text.empty()) {
+        return text;
     }
     if (route->count() != 0 && asked.route.empty()) {
         stop("--route: expected a route, which begins with '#', found nothing");
