@@ -74,6 +74,8 @@ void read_parameter(std::string_view parameter, std::string_view text, const std
         label.has_fragment = true;
     } else if (name == "pdbname" || name == "resname" || name == "resnum") {
         label.has_residue = true;
+    } else if (is_one_of(name, {"spin", "zeff", "qmom", "nmagm", "gfac"})) {
+        label.has_moment = true;
     } else if (name == "iso") {
         refuse_isotope(place, text);
     } else {

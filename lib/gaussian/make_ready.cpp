@@ -216,7 +216,8 @@ void check_sections_exist(const route& ready, const std::string& place) {
         if (asks_for_section(keyword)) {
             throw base::run_error(place + ": '" + base::shown(keyword.text) +
                                   "' needs a section behind the molecule, found none; prepare the input of the job "
-                                  "instead, or give a route that needs none");
+                                  "instead, or give a route that needs none with --route, and put keyword and section "
+                                  "into the prepared input by hand");
         }
     }
 }
@@ -252,14 +253,16 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
     return result;
 }
 
-ready_input make_ready(const std::string& name, std::string_view route, std::string_view title, const molecule& atoms,
-                       std::vector<notice>& notices) {
-    const gaussian::route ready = ready_route(parse_route(route, name), false, name, 0, notices);
-    check_sections_exist(ready, name);
+ready_input make_ready(const std::string& name, int line, std::string_view route, std::string_view title,
+                       const molecule& atoms, std::vector<notice>& notices) {
+    const std::string place = line > 0 ? place_of(name, line) : name;
+    const gaussian::route job = without_analysis(parse_route(route, place), line, notices);
+    const gaussian::route ready = ready_route(job, false, place, line, notices);
+    check_sections_exist(ready, place);
     ready_input result;
     result.route = text_of(ready);
-    const std::string_view line = stripped(title);
-    result.title = ready_title(line.empty() ? std::vector<std::string>{} : std::vector<std::string>{std::string(line)},
+    const std::string_view text = stripped(title);
+    result.title = ready_title(text.empty() ? std::vector<std::string>{} : std::vector<std::string>{std::string(text)},
                                0, notices);
     result.atoms = atoms;
     result.stands_in_space = stands_in_space(ready);

@@ -41,7 +41,7 @@ bool is_candidate(const char* line, const char* end) {
         struct {
             bool wanted[256] = {};
         } table;
-        for (const char c : {'#', '*', '1', 'C', 'D', 'E', 'I', 'L', 'N', 'S'}) {
+        for (const char c : {'*', '1', 'C', 'D', 'E', 'I', 'L', 'N', 'S'}) {
             table.wanted[static_cast<unsigned char>(c)] = true;
         }
         return table;
@@ -82,6 +82,7 @@ class scanner {
   private:
     void take(const char* begin, const char* end);
     void seek(std::string_view line, const char* begin);
+    void begin_route(std::string_view line);
     void take_route_piece(std::string_view line);
     void take_table_head(std::string_view line);
     void take_row(std::string_view line);
@@ -137,6 +138,7 @@ std::string_view scanner::line_above(const char* begin) const {
     while (start != first && start[-1] != '\n') {
         --start;
     }
+    end -= end != start && end[-1] == '\r' ? 1 : 0;
     return {start, static_cast<std::size_t>(end - start)};
 }
 
@@ -217,20 +219,23 @@ void scanner::take(const char* begin, const char* end) {
     }
 }
 
+void scanner::begin_route(std::string_view line) {
+    if (in_job_ && job_.has_geometry()) {
+        end_job();
+    }
+    job().line = this->line();
+    route_next_ = false;
+    text_.clear();
+    state_ = state::route;
+    take_route_piece(line);
+}
+
 void scanner::seek(std::string_view line, const char* begin) {
-    switch (line[1]) {
-        case '#':
-            if (route_next_ && is_rule(without_blanks(line_above(begin)))) {
-                if (in_job_ && job_.has_geometry()) {
-                    end_job();
-                }
-                job().line = this->line();
-                route_next_ = false;
-                text_.clear();
-                state_ = state::route;
-                take_route_piece(line);
-            }
-            break;
+    if (route_next_ && line.starts_with(' ') && without_blanks(line).starts_with('#') && is_rule(line_above(begin))) {
+        begin_route(line);
+        return;
+    }
+    switch (line.size() > 2 ? line[1] : ' ') {
         case '*':
             if (contains(line, "Axes restored to original set")) {
                 job().last.axes_restored = true;
@@ -486,7 +491,7 @@ scanned_log scanner::scan() {
                 break;
             }
             ++reader_.line_number;
-            if (state_ == state::seeking ? is_candidate(begin, feed)
+            if (state_ == state::seeking ? route_next_ || is_candidate(begin, feed)
                                          : state_ != state::table_rows || !is_plain_row(begin, feed)) {
                 keep_rows(rows, begin);
                 take(begin, feed);
@@ -502,7 +507,7 @@ scanned_log scanner::scan() {
     const char* end = reader_.block.get() + reader_.end;
     if (begin != end) {  // a last line without its end
         ++reader_.line_number;
-        if (state_ != state::seeking || is_candidate(begin, end)) {
+        if (state_ != state::seeking || route_next_ || is_candidate(begin, end)) {
             take(begin, end);
         }
     }

@@ -217,7 +217,8 @@ TEST(make_ready, takes_another_route) {
               ready("#p b3lyp/gen geom=connectivity force nosymm", " 1 2 1.0\n 2\n\n" + basis));
     EXPECT_EQ(prepare(job("# hf", ""), "# hf/gen").text,
               "the new route: 'hf/gen' needs a section behind the molecule, found none; prepare the input of the job "
-              "instead, or give a route that needs none|standard error|2");
+              "instead, or give a route that needs none with --route, and put keyword and section into the prepared "
+              "input by hand|standard error|2");
     EXPECT_EQ(prepare(job("# g4", ""), "# hf/sto-3g").text, ready("# hf/sto-3g force nosymm"));
     EXPECT_EQ(prepare(job("# hf", ""), "hf").text,
               "the new route: expected a route, which begins with '#', found 'hf'|standard error|2");
@@ -232,20 +233,24 @@ TEST(make_ready, takes_a_molecule_that_was_in_no_input) {
     const auto made = [&](std::string_view route, std::string_view title) {
         std::string text;
         const std::string error = stopped_with(
-            [&] { text = gaussian::write_input(gaussian::make_ready("a.log", route, title, atoms, notices)); });
+            [&] { text = gaussian::write_input(gaussian::make_ready("a.log", 5, route, title, atoms, notices)); });
         return error == "no error" ? text : error;
     };
     EXPECT_EQ(made("#p hf opt freq geom=(check,connectivity)", " t "), ready("#p hf force nosymm"));
     EXPECT_EQ(made("# hf freq=noraman cphf=noread", "t"), ready("# hf cphf=noread force nosymm"));
+    EXPECT_EQ(made("# hf pop=nboread output=wfn", "t"), ready("# hf force nosymm"));
+    EXPECT_EQ(notices.size(), 2U);
     EXPECT_EQ(made("# hf", "#"), "# hf force nosymm\n\n- #\n\n0 1\n" + hydrogen + "\n");
     EXPECT_EQ(made("# hf", " "), "# hf force nosymm\n\nno title\n\n0 1\n" + hydrogen + "\n");
     EXPECT_EQ(
         made("# hf/gen", "t"),
-        "a.log: 'hf/gen' needs a section behind the molecule, found none; prepare the input of the job instead, or "
-        "give a route that needs none|standard error|2");
-    EXPECT_EQ(made("# hf/chkbasis", "t"),
-              "a.log: 'hf/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-              "input|standard error|2");
+        "a.log:5: 'hf/gen' needs a section behind the molecule, found none; prepare the input of the job instead, or "
+        "give a route that needs none with --route, and put keyword and section into the prepared input by "
+        "hand|standard error|2");
+    EXPECT_EQ(
+        made("# hf/chkbasis", "t"),
+        "a.log:5: 'hf/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
+        "input|standard error|2");
     atoms.numbers = {1, 119};
     EXPECT_EQ(made("# hf", "t"), "symbol_of: expected an atomic number from 1 to 118, found 119|standard error|2");
     atoms.numbers = {1};
