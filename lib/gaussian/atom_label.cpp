@@ -65,7 +65,13 @@ void read_symbol(std::string_view core, std::string_view text, const std::string
         stop(place, "expected an element symbol or an atomic number, found '" + base::shown(text) + "'");
     }
     label.number = of_two != 0 ? of_two : of_one;
-    label.has_name = core.size() > (of_two != 0 ? 2U : 1U);
+    const std::string_view name = core.substr(of_two != 0 ? 2 : 1);
+    constexpr std::string_view marks = "_.'*+";
+    if (!std::all_of(name.begin(), name.end(),
+                     [&](char c) { return is_letter(c) || is_digit(c) || marks.find(c) != std::string_view::npos; })) {
+        stop(place, "expected letters and digits after the symbol of an atom, found '" + base::shown(text) + "'");
+    }
+    label.has_name = !name.empty();
 }
 
 void read_parameter(std::string_view parameter, std::string_view text, const std::string& place, atom_label& label) {

@@ -62,6 +62,12 @@ bool reads_late_section(const route_option& option) {
            (begins_with_any(option.name, {"read", "rd"}) && !reads_checkpoint(option));
 }
 
+/// Whether the name of an option says that something is read from the input.
+bool names_a_section(const route_option& option) {
+    return (option.name.find("read") != std::string::npos && !begins_with_any(option.name, {"noread", "readint"})) ||
+           option.name.starts_with("rd");
+}
+
 /// Whether a method goes on from what an earlier job left in a checkpoint file: states or amplitudes.
 bool reads_earlier_results(const route_keyword& keyword, const route_option& option) {
     return is_one_of(keyword.name(), {"td", "tda", "tdhf", "cis", "cisd", "eomccsd", "ccd", "ccsd", "qcisd", "bd"}) &&
@@ -154,7 +160,7 @@ void check_keyword(const route_keyword& keyword, const std::string& place) {
         (keyword.name() == "guess" && option_of(keyword, {"fragment"}) != nullptr)) {
         refuse(place, shown + " needs fragments, which cannot be kept; give a route without it with --route");
     }
-    if (has_part(keyword, {"chkbasis", "restart"}) || option_of(keyword, {"chkbas", "restart"}) != nullptr ||
+    if (has_part(keyword, {"chkbas", "chkbasis", "restart"}) || option_of(keyword, {"chkbas", "restart"}) != nullptr ||
         (keyword.name() != "guess" && option_of(keyword, {"check", "chk"}) != nullptr)) {
         refuse_checkpoint(place, keyword);
     }
@@ -285,9 +291,7 @@ bool asks_for_section(const route_keyword& keyword) {
         for (const route_option& option : part.options) {
             const bool is_of_checkpoint =
                 (part.name == "guess" && option.name == "read") || reads_earlier_results(keyword, option);
-            if ((option.name.find("read") != std::string::npos && !is_of_checkpoint &&
-                 !begins_with_any(option.name, {"noread", "readint"})) ||
-                begins_with_any(option.name, {"rd"}) ||
+            if ((names_a_section(option) && !is_of_checkpoint) ||
                 is_one_of(option.name, {"cards", "alter", "input", "permute", "rw", "gen", "genecp"})) {
                 return true;
             }
@@ -336,13 +340,12 @@ route without_analysis(const route& job, int line, std::vector<notice>& notices)
     route kept{job.head, {}};
     for (const route_keyword& keyword : job.keywords) {
         const bool is_output = keyword.name() == "output";
-        if (!is_output && !is_one_of(keyword.name(), {"pop", "population", "prop", "properties", "nmr"})) {
+        if (!is_output && !is_one_of(keyword.name(), {"pop", "population", "prop", "properties", "nmr", "cphf"})) {
             kept.keywords.push_back(keyword);
             continue;
         }
         const auto is_kept = [&](const route_option& option) {
-            const bool has_section = is_output ? begins_with_any(option.name, {"wfn", "wfx"})
-                                               : option.name.find("read") != std::string::npos;
+            const bool has_section = is_output ? begins_with_any(option.name, {"wfn", "wfx"}) : names_a_section(option);
             if (has_section) {
                 notices.push_back({line, quoted(option.text) + " of " + quoted(keyword.text) +
                                              " left out: the section that it needs is not in this file, and forces do "

@@ -195,9 +195,9 @@ TEST(make_ready, breaks_a_long_route_between_keywords) {
     EXPECT_EQ(prepare(found).text, found);
     const std::string bracket = "scf=(" + std::string(200, 'x') + " " + std::string(200, 'y') + ")";
     EXPECT_EQ(prepare(job("# " + bracket, "")).text, ready("# " + bracket + "\nforce nosymm"));
-    EXPECT_EQ(prepare(job("# " + bracket + std::string(100, 'z'), "")).text,
+    EXPECT_EQ(prepare(job("# " + bracket + "-" + std::string(100, 'z'), "")).text,
               "expected a line of at most 500 characters in the route, found '# scf=(" + std::string(53, 'x') +
-                  "... (449 more characters)'|standard error|2");
+                  "... (450 more characters)'|standard error|2");
 }
 
 TEST(make_ready, tells_what_stands_in_space) {

@@ -49,6 +49,8 @@ TEST(route, is_taken_apart) {
         {"# scrf=(pcm,solvent=water) iop(3/76=1000000000)",
          "#: scrf[pcm|pcm][solvent|solvent=water] iop[3/76|3/76=1000000000]"},
         {"# irc=(report=(read,x),calcfc)", "#: irc[report|report=(read,x)][calcfc|calcfc]"},
+        {"# opt=(ts)freq hf/6-31g(d)scf=tight", "#: opt[ts|ts] freq hf/6-31g[d|d] scf[tight|tight]"},
+        {"# mp4(sdtq)/6-31g(d) ccsd(t)-f12", "#: mp4[sdtq|sdtq]/6-31g[d|d] ccsd[(t)-f12|(t)-f12]"},
         {"# scf=(a\tb) x", "#: scf[a|a][b|b] x"},
     };
     for (const auto& row : rows) {
@@ -147,6 +149,9 @@ TEST(route, becomes_ready) {
         {"# b3lyp/chkbasis",
          "r:1: 'b3lyp/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
          "input|standard error|2"},
+        {"# b3lyp chkbas",
+         "r:1: 'chkbas' reads a checkpoint file, which the jobs will not have; put what it reads into the "
+         "input|standard error|2"},
         {"# hf scf=restart",
          "r:1: 'scf=restart' reads a checkpoint file, which the jobs will not have; put what it reads into the "
          "input|standard error|2"},
@@ -191,6 +196,7 @@ TEST(route, of_a_source_without_sections_has_no_analysis_that_needs_one) {
     EXPECT_EQ(without("# hf Population(Full,NBO7Read,ReadRadii)"),
               "# hf Population=Full|3'NBO7Read' of 'Population(Full,NBO7Read,ReadRadii)'|3'ReadRadii' of "
               "'Population(Full,NBO7Read,ReadRadii)'");
+    EXPECT_EQ(without("# hf cphf=(rdfreq,noread)"), "# hf cphf=noread|3'rdfreq' of 'cphf=(rdfreq,noread)'");
     EXPECT_EQ(without("# output=wfx hf"), "# hf|3'wfx' of 'output=wfx'");
     EXPECT_EQ(without("# hf output(wfn,pickett)"), "# hf output=pickett|3'wfn' of 'output(wfn,pickett)'");
     EXPECT_EQ(without("# hf prop=(efg,read) nmr=readatoms"),
