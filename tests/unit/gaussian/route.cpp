@@ -50,7 +50,7 @@ TEST(route, is_taken_apart) {
          "#: scrf[pcm|pcm][solvent|solvent=water] iop[3/76|3/76=1000000000]"},
         {"# irc=(report=(read,x),calcfc)", "#: irc[report|report=(read,x)][calcfc|calcfc]"},
         {"# opt=(ts)freq hf/6-31g(d)scf=tight", "#: opt[ts|ts] freq hf/6-31g[d|d] scf[tight|tight]"},
-        {"# mp4(sdtq)/6-31g(d) ccsd(t)-f12", "#: mp4[sdtq|sdtq]/6-31g[d|d] ccsd[(t)-f12|(t)-f12]"},
+        {"# mp4(sdtq)/6-31g(d) ccsd(t)-f12", "#: mp4[sdtq|sdtq]/6-31g[d|d] ccsd[|(t)-f12]"},
         {"# scf=(a\tb) x", "#: scf[a|a][b|b] x"},
     };
     for (const auto& row : rows) {
