@@ -127,7 +127,7 @@ atom_label read_label(std::string_view text, const std::string& place) {
             continue;
         }
         if (rest.front() != '-') {
-            stop(place, "expected nothing behind the ')' of an atom, found '" + base::shown(rest) + "'");
+            stop(place, "expected nothing after the ')' of an atom, found '" + base::shown(rest) + "'");
         }
         const std::string_view type = rest.substr(0, rest.find('('));
         if (begins_with(type, "-bq")) {

@@ -409,6 +409,16 @@ TEST(gaussian_log, centres_that_are_no_atoms_are_counted_and_left_out) {
     EXPECT_EQ(job.vectors, 1);
     EXPECT_EQ(job.forces_problem, "job.log: expected a table of forces, found none");
     const std::string text = log_text({.jobs = {water_job()}});
+    const std::string none =
+        replaced(replaced(text, "      1          8           0 ", "      1         -1           0 "),
+                 "Input orientation:", "Z-Matrix orientation:");
+    std::string bare = none;
+    for (const char* row : {"      2          1           0 ", "      3          1           0 "}) {
+        bare = replaced(bare, row, std::string(row).replace(16, 2, "-1"));
+    }
+    EXPECT_EQ(support::stopped_with([&] { read(bare); }),
+              "job.log:" + std::to_string(line_of(bare, " Center     Atomic      Atomic")) +
+                  ": expected a table with atoms, found none|standard error|2");
     const std::string typed = replaced(text, "      1          8           0 ", "      1          8    10001001 ");
     EXPECT_EQ(read(typed).log.job.typed, 1);
     EXPECT_EQ(read(text).log.job.typed, 0);

@@ -158,6 +158,9 @@ TEST(route, becomes_ready) {
         {"# hf density=checkpoint",
          "r:1: 'density=checkpoint' reads a checkpoint file, which the jobs will not have; put what it reads into the "
          "input|standard error|2"},
+        {"# hf geom=(check,readharmonic)",
+         "r:1: 'geom=(check,readharmonic)' adds a potential that stands in space and cannot be kept; take it "
+         "out|standard error|2"},
         {"# g4",
          "r:1: 'g4' is a compound method, for which there are no forces; give the route of another method|standard "
          "error|2"},
