@@ -12,6 +12,7 @@
 #include "base/error.hpp"
 #include "base/free_format.hpp"
 #include "gaussian/checkpoint_route.hpp"
+#include "gaussian/line_ends.hpp"
 #include "gaussian/words.hpp"
 
 namespace displacement_generator::gaussian {
@@ -35,18 +36,26 @@ bool is_rule(std::string_view line) {
     return line.size() >= shortest && line.find_first_not_of('-') == std::string_view::npos;
 }
 
-/// Whether the scanner has to look at a line: all lines it searches for begin with a blank and one of these.
+/// What the lines that the scanner searches for begin with, behind a blank: the first two characters.
+constexpr std::string_view beginnings[] = {"**", "1\\", "1|", "Ch", "Ce", "Di", "En", "Er", "In", "Li", "No", "SC"};
+
+/// Whether the scanner has to look at a line. There are at most two beginnings with the same first character.
 bool is_candidate(const char* line, const char* end) {
-    static constexpr auto begins = [] {
+    static constexpr auto second = [] {
         struct {
-            bool wanted[256] = {};
+            char of[256][2] = {};
         } table;
-        for (const char c : {'*', '1', 'C', 'D', 'E', 'I', 'L', 'N', 'S'}) {
-            table.wanted[static_cast<unsigned char>(c)] = true;
+        for (const std::string_view beginning : beginnings) {
+            char* const of_first = table.of[static_cast<unsigned char>(beginning[0])];
+            of_first[of_first[0] == '\0' ? 0 : 1] = beginning[1];
         }
         return table;
     }();
-    return end - line > 2 && line[0] == ' ' && begins.wanted[static_cast<unsigned char>(line[1])];
+    if (end - line < 3 || line[0] != ' ') {
+        return false;
+    }
+    const char* const of_first = second.of[static_cast<unsigned char>(line[1])];
+    return line[2] != '\0' && (line[2] == of_first[0] || line[2] == of_first[1]);
 }
 
 /// Whether a job begins or ends with a line. Where a log breaks off and another one follows, such a line may stand in
@@ -484,12 +493,8 @@ scanned_log scanner::scan() {
         const char* begin = reader_.block.get() + reader_.begin;
         const char* end = reader_.block.get() + reader_.end;
         const char* rows = begin;  // of a table, up to `begin`, and not yet kept
-        while (begin != end) {
-            const auto* feed =
-                static_cast<const char*>(std::memchr(begin, '\n', static_cast<std::size_t>(end - begin)));
-            if (feed == nullptr) {
-                break;
-            }
+        line_ends feeds(begin, end);
+        while (const char* feed = feeds.next()) {
             ++reader_.line_number;
             if (state_ == state::seeking ? route_next_ || is_candidate(begin, feed)
                                          : state_ != state::table_rows || !is_plain_row(begin, feed)) {

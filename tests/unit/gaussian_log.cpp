@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "gaussian/line_ends.hpp"
 #include "gaussian_twin.hpp"
 #include "support.hpp"
 
@@ -103,6 +104,32 @@ TEST(gaussian_log, one_job_in_the_frame_of_the_input) {
     EXPECT_EQ(difference(job.force_positions, water_positions()), 0.0);
     EXPECT_EQ(*job.dipole, Eigen::Vector3d(-0.25, 0.5, -0.125));
     EXPECT_TRUE(job.ended_normally);
+}
+
+TEST(line_ends, are_found_wherever_they_stand) {
+    unsigned random = 1;
+    for (std::size_t size = 0; size < 400; ++size) {
+        for (const unsigned rarity : {1U, 2U, 7U, 90U}) {
+            std::string text(size, ' ');
+            std::string expected;
+            for (std::size_t i = 0; i < size; ++i) {
+                random = random * 1103515245U + 12345U;
+                text[i] = (random >> 16U) % rarity == 0 ? '\n' : static_cast<char>('\v' ^ ((random >> 16U) % 2U));
+                expected += text[i] == '\n' ? std::to_string(i) + " " : "";
+            }
+            std::string found;
+            const char* first = text.data() + std::min<std::size_t>(size, random % 16U);
+            for (const char* before = text.data(); before != first; ++before) {
+                found += *before == '\n' ? std::to_string(before - text.data()) + " " : "";
+            }
+            gaussian::line_ends feeds(first, text.data() + size);
+            while (const char* feed = feeds.next()) {
+                found += std::to_string(feed - text.data()) + " ";
+            }
+            ASSERT_EQ(found, expected) << size << " " << rarity;
+            EXPECT_EQ(feeds.next(), nullptr);
+        }
+    }
 }
 
 TEST(gaussian_log, six_decimals_without_an_archive_entry) {
