@@ -14,8 +14,9 @@ namespace displacement_generator::gaussian {
 /// decimals.
 struct archive_entry {
     std::string route;
-    bool has_charge = false;              ///< whether charge and multiplicity were found
-    gaussian::molecule molecule;          ///< without atoms where the entry holds a Z-matrix or an atom of another kind
+    bool has_charge = false;  ///< whether charge and multiplicity were found
+    gaussian::molecule
+        molecule;  ///< without dummy atoms; without any where the entry holds what is none, such as a ghost
     std::optional<double> energy;         ///< hartree, of the highest level: the last energy that the entry names
     bool beyond_self_consistent = false;  ///< whether that energy is of a level above the self-consistent field
     std::string point_group;              ///< as printed, for instance "C02V"; empty where there is none

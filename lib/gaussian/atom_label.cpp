@@ -65,7 +65,13 @@ void read_symbol(std::string_view core, std::string_view text, const std::string
         stop(place, "expected an element symbol or an atomic number, found '" + base::shown(text) + "'");
     }
     label.number = of_two != 0 ? of_two : of_one;
-    label.has_name = core.size() > (of_two != 0 ? 2U : 1U);
+    const std::string_view name = core.substr(of_two != 0 ? 2 : 1);
+    constexpr std::string_view marks = "_.'*+";
+    if (!std::all_of(name.begin(), name.end(),
+                     [&](char c) { return is_letter(c) || is_digit(c) || marks.find(c) != std::string_view::npos; })) {
+        stop(place, "expected letters and digits after the symbol of an atom, found '" + base::shown(text) + "'");
+    }
+    label.has_name = !name.empty();
 }
 
 void read_parameter(std::string_view parameter, std::string_view text, const std::string& place, atom_label& label) {
@@ -74,6 +80,8 @@ void read_parameter(std::string_view parameter, std::string_view text, const std
         label.has_fragment = true;
     } else if (name == "pdbname" || name == "resname" || name == "resnum") {
         label.has_residue = true;
+    } else if (is_one_of(name, {"spin", "zeff", "qmom", "nmagm", "gfac"})) {
+        label.has_moment = true;
     } else if (name == "iso") {
         refuse_isotope(place, text);
     } else {
@@ -119,7 +127,7 @@ atom_label read_label(std::string_view text, const std::string& place) {
             continue;
         }
         if (rest.front() != '-') {
-            stop(place, "expected nothing behind the ')' of an atom, found '" + base::shown(rest) + "'");
+            stop(place, "expected nothing after the ')' of an atom, found '" + base::shown(rest) + "'");
         }
         const std::string_view type = rest.substr(0, rest.find('('));
         if (begins_with(type, "-bq")) {

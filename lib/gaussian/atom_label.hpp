@@ -13,6 +13,7 @@ struct atom_label {
     bool has_type = false;
     bool has_fragment = false;
     bool has_residue = false;  ///< names of a protein data bank
+    bool has_moment = false;   ///< what a nucleus is said to have beside charge and mass; forces do not depend on it
 };
 
 /// Reads a label.

@@ -23,6 +23,7 @@ struct checkpoint {
     int multiplicity = 1;
     std::vector<int> numbers;      ///< atomic numbers, 1..118
     std::vector<int> ghosts;       ///< atoms without a nuclear charge, from 1
+    int vectors = 0;               ///< translation vectors other than 0
     Eigen::Matrix3Xd coordinates;  ///< bohr, a column an atom
     Eigen::VectorXd weights;       ///< amu, one an atom
     std::optional<double> energy;  ///< hartree

@@ -15,6 +15,11 @@ namespace displacement_generator::gaussian {
 /// in a checkpoint file, and its route does not tell them all.
 bool is_continuation(std::string_view route);
 
+/// Whether method and basis of a route are in a checkpoint file: Gaussian made the route itself, or a user goes on with
+/// a job that was broken off and does not name them again.
+///   place  in  what a message begins with, should it be no route
+bool is_incomplete(std::string_view route, const std::string& place);
+
 /// The route of the job that wrote a checkpoint: that of its section, or one made of method and basis in its line 2.
 ///   from     in
 ///   name     in      of the file, as messages show it

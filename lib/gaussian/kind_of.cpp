@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "base/free_format.hpp"
+#include "gaussian/fields.hpp"
 #include "gaussian/source.hpp"
 #include "gaussian/words.hpp"
 
@@ -45,7 +46,8 @@ bool begins_gaussian(std::string_view line) {
 
 bool is_of_a_log(std::string_view line) {
     return line.starts_with(" SCF Done:") || line.starts_with(" Normal termination of Gaussian") ||
-           line.starts_with(" Error termination") || line.starts_with(" 1\\1\\") || line.starts_with(" 1|1|") ||
+           line.starts_with(" Error termination") || line.starts_with(" Cite this work as:") ||
+           line.starts_with(" 1\\1\\") || line.starts_with(" 1|1|") ||
            (line.starts_with("     ") && line.find(" orientation:") != std::string_view::npos);
 }
 
@@ -54,7 +56,8 @@ bool begins_input(std::string_view text) {
     while (take_line(text, line)) {
         line = without_blanks(line);
         if (!line.empty()) {
-            return line[0] == '%' || line[0] == '#' || line[0] == '!' || line.starts_with("--");
+            return line[0] == '%' || line[0] == '#' || line[0] == '!' || begins_with(line, "$rungauss") ||
+                   equal_words(line, "--link1--");
         }
     }
     return false;

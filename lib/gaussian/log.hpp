@@ -28,9 +28,9 @@ struct log_job {
     int decimals = 0;             ///< of the positions: 6 from a table, 10 from the archive entry
     int geometry_line = 0;  ///< of the heading of the table; 0 where the positions are from the archive entry alone
     int dummies = 0;        ///< centres with the atomic number -1
-    int ghosts = 0;         ///< centres with the atomic number 0
+    int ghosts = 0;         ///< centres with the atomic number 0, or with the atomic type of a ghost
     int vectors = 0;        ///< centres with the atomic number -2: translation vectors
-    int typed = 0;          ///< centres with an atomic type other than 0: of ONIOM, molecular mechanics or a fragment
+    int typed = 0;          ///< atoms with an atomic type other than 0: of ONIOM, molecular mechanics or a fragment
     bool ended_normally = false;
 
     std::optional<double> energy;  ///< hartree, of the highest level that the log shows for the last geometry

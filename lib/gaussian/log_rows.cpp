@@ -18,6 +18,10 @@ namespace {
 constexpr int dummy = -1;
 constexpr int translation_vector = -2;
 
+/// Atomic types of molecular mechanics have more digits. These are of atoms that hold basis functions alone.
+constexpr int first_ghost_type = 1000;
+constexpr int last_ghost_type = 1999;
+
 struct row {
     int center = 0;
     int number = 0;
@@ -88,7 +92,10 @@ log_rows read_rows(const std::string& name, const log_table& table, const char* 
                                   ": expected " + what + ", found '" + base::shown(without_blanks(line), 100) + "'");
         }
         previous = found.center;
-        result.typed += found.type != 0 && found.number >= 0 ? 1 : 0;
+        if (found.number > 0 && found.type >= first_ghost_type && found.type <= last_ghost_type) {
+            found.number = 0;
+        }
+        result.typed += found.type != 0 && found.number > 0 ? 1 : 0;
         if (found.number > 0) {
             result.values.col(static_cast<Eigen::Index>(result.numbers.size())) =
                 Eigen::Map<const Eigen::Vector3d>(found.values);

@@ -15,9 +15,9 @@ struct log_rows {
     std::vector<int> numbers;  ///< atomic numbers, 1..118
     Eigen::Matrix3Xd values;   ///< angstrom, or hartree/bohr
     int dummies = 0;           ///< centres that are no atoms, and left out: atomic number -1,
-    int ghosts = 0;            ///< 0,
+    int ghosts = 0;            ///< 0, or an atomic type of a ghost,
     int vectors = 0;           ///< -2
-    int typed = 0;             ///< atoms and ghosts with an atomic type other than 0
+    int typed = 0;             ///< atoms with an atomic type other than 0
 };
 
 /// Reads a table of positions (center, number, type where there is one, x, y, z) or of forces (center, number, x, y,

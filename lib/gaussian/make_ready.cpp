@@ -107,7 +107,7 @@ void check_connectivity(const input& source, const section& found, const section
     }
 }
 
-/// Puts those sections behind the molecule that stay.
+/// Puts those sections after the molecule that stay.
 ///   has_connectivity  out  whether a connectivity is among them
 std::vector<section> ready_sections(const input& source, bool keep_connectivity, bool keep_others,
                                     std::vector<notice>& notices) {
@@ -128,7 +128,7 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
         if (owner.what == fate::unknown_count) {
             stop_at(source.name, found.line,
                     "found " + shown_first_line(found) +
-                        " behind the molecule, and nobody can tell whether it belongs to '" + base::shown(owner.owner) +
+                        " after the molecule, and nobody can tell whether it belongs to '" + base::shown(owner.owner) +
                         "'; take that keyword and its sections out");
         }
         ++at;
@@ -151,7 +151,7 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
                                         [](const section_claim& claim) { return claim.what == fate::removed; });
         stop_at(source.name, all[at].line,
                 "found " + shown_first_line(all[at]) +
-                    " behind the molecule, and nobody can tell whether it belongs to '" + base::shown(owner->owner) +
+                    " after the molecule, and nobody can tell whether it belongs to '" + base::shown(owner->owner) +
                     "'; take that keyword and its section out");
     }
     if (is_all_removed) {
@@ -160,7 +160,7 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
     if (keep_others) {
         kept.insert(kept.end(), all.begin() + static_cast<std::ptrdiff_t>(at), all.end());
     } else if (at < all.size()) {
-        notices.push_back({all[at].line, "the sections behind the molecule are left out: the new route asks for none"});
+        notices.push_back({all[at].line, "the sections after the molecule are left out: the new route asks for none"});
     }
     return kept;
 }
@@ -179,7 +179,7 @@ void check_lines(const input& source, const std::vector<section>& sections) {
             if (stripped(kept.lines[i]).starts_with('#')) {
                 stop_at(source.name, line,
                         "found " + quoted(kept.lines[i]) +
-                            " behind the molecule, which would be taken for the route; take the line out");
+                            " after the molecule, which would be taken for the route; take the line out");
             }
             if (!source.dummies.empty() && lists_atoms(kept.lines[i])) {
                 stop_at(
@@ -212,8 +212,9 @@ void check_sections_exist(const route& ready, const std::string& place) {
     for (const route_keyword& keyword : ready.keywords) {
         if (asks_for_section(keyword)) {
             throw base::run_error(place + ": '" + base::shown(keyword.text) +
-                                  "' needs a section behind the molecule, found none; prepare the input of the job "
-                                  "instead, or give a route that needs none");
+                                  "' needs a section after the molecule, found none; prepare the input of the job "
+                                  "instead, or give a route that needs none with --route, and put keyword and section "
+                                  "into the prepared input by hand");
         }
     }
 }
@@ -249,14 +250,16 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
     return result;
 }
 
-ready_input make_ready(const std::string& name, std::string_view route, std::string_view title, const molecule& atoms,
-                       std::vector<notice>& notices) {
-    const gaussian::route ready = ready_route(parse_route(route, name), false, name, 0, notices);
-    check_sections_exist(ready, name);
+ready_input make_ready(const std::string& name, int line, std::string_view route, std::string_view title,
+                       const molecule& atoms, std::vector<notice>& notices) {
+    const std::string place = line > 0 ? place_of(name, line) : name;
+    const gaussian::route job = without_analysis(parse_route(route, place), line, notices);
+    const gaussian::route ready = ready_route(job, false, place, line, notices);
+    check_sections_exist(ready, place);
     ready_input result;
     result.route = text_of(ready);
-    const std::string_view line = stripped(title);
-    result.title = ready_title(line.empty() ? std::vector<std::string>{} : std::vector<std::string>{std::string(line)},
+    const std::string_view text = stripped(title);
+    result.title = ready_title(text.empty() ? std::vector<std::string>{} : std::vector<std::string>{std::string(text)},
                                0, notices);
     result.atoms = atoms;
     result.stands_in_space = stands_in_space(ready);

@@ -1,11 +1,15 @@
 #include <algorithm>
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "base/error.hpp"
 #include "base/free_format.hpp"
 #include "gaussian/archive.hpp"
+#include "gaussian/read_input.hpp"
 #include "gaussian/symbols.hpp"
 #include "gaussian/words.hpp"
 
@@ -63,25 +67,41 @@ bool read_atom(std::string_view field, int& number, double (&position)[3]) {
            read_printed_real(parts[first + 2], position[2]);
 }
 
-/// Reads charge, multiplicity and atoms; no atoms where one of them is of another kind.
-void read_molecule(const std::vector<std::string_view>& fields, archive_entry& entry) {
-    entry.has_charge = read_charge(fields[0], entry);
-    if (!entry.has_charge) {
-        entry.molecule = {};
-        return;
-    }
+/// Reads atoms in Cartesian coordinates. Result: false, and none, where one of them is of another kind.
+///   fields  in  charge and multiplicity, and an atom each
+bool read_atoms(const std::vector<std::string_view>& fields, archive_entry& entry) {
     const std::size_t atoms = fields.size() - 1;
     std::vector<int> numbers(atoms);
     Eigen::Matrix3Xd positions(3, static_cast<Eigen::Index>(atoms));
     for (std::size_t i = 0; i < atoms; ++i) {
         double position[3];
         if (!read_atom(fields[i + 1], numbers[i], position)) {
-            return;
+            return false;
         }
         positions.col(static_cast<Eigen::Index>(i)) = Eigen::Map<const Eigen::Vector3d>(position);
     }
     entry.molecule.numbers = std::move(numbers);
     entry.molecule.positions = std::move(positions);
+    return true;
+}
+
+/// Reads a molecule of another kind, such as a Z-matrix with its values, as the input that it was made of. It is left
+/// without atoms where it is none.
+///   sections  in  the molecule and what stands between it and the results
+void read_as_input(std::span<const std::string_view> sections, std::string_view separator, archive_entry& entry) {
+    std::string text = "#\n\ntitle\n\n";
+    for (const std::string_view section : sections) {
+        for (const std::string_view line : split_at(section, separator)) {
+            text.append(line).push_back('\n');
+        }
+        text.push_back('\n');
+    }
+    std::vector<notice> dropped;
+    try {
+        entry.molecule = read_input(text, "archive", dropped).atoms;
+    } catch (const base::run_error&) {
+        entry.molecule.numbers.clear();
+    }
 }
 
 /// Whether a quantity of the last section is the energy of a level above the self-consistent field.
@@ -127,11 +147,12 @@ archive_entry read_archive(std::string_view text) {
         return entry;
     }
     entry.route = without_blanks(sections[route_section]);
-    if (results == molecule_section + 1) {
-        read_molecule(split_at(sections[molecule_section], separator), entry);
-    } else {
-        const std::vector<std::string_view> fields = split_at(sections[molecule_section], separator);
-        entry.has_charge = read_charge(fields[0], entry);
+    const std::vector<std::string_view> fields = split_at(sections[molecule_section], separator);
+    entry.has_charge = read_charge(fields[0], entry);
+    if (!entry.has_charge) {
+        entry.molecule = {};
+    } else if (results != molecule_section + 1 || !read_atoms(fields, entry)) {
+        read_as_input(std::span(sections).subspan(molecule_section, results - molecule_section), separator, entry);
     }
     read_results(split_at(sections[results], separator), entry);
     return entry;

@@ -53,6 +53,7 @@ class reading {
     void take_reals(std::string_view name, long long expected, values_type& values);
     void take_route();
     void take_ghosts();
+    void take_vectors();
     void check_complete() const;
     [[nodiscard]] long long atoms() const;
     void check_size(char type, long long expected) const;
@@ -219,6 +220,17 @@ void reading::take_ghosts() {
     }
 }
 
+/// A periodic system has up to three.
+void reading::take_vectors() {
+    constexpr int most_numbers = 9;
+    if (!heading_.is_array || heading_.size % 3 != 0 || heading_.size > most_numbers) {
+        from_.refuse("expected up to three vectors in the section '" + heading_.name + "', found other values");
+    }
+    Eigen::Matrix3Xd vectors;
+    take_reals(heading_.name, heading_.size, vectors);
+    found_.vectors = static_cast<int>((vectors.array() != 0.0).colwise().any().count());
+}
+
 /// The lines of a section of texts can look like anything, so they are counted; those of numbers begin with a blank,
 /// and are passed over on the way to the next heading.
 void reading::skip_values() {
@@ -248,6 +260,8 @@ void reading::take_section() {
         take_integers(found_.numbers);
     } else if (name == "Nuclear charges") {
         take_ghosts();
+    } else if (name == "Translation vectors") {
+        take_vectors();
     } else if (name == "Total Energy") {
         double energy = 0.0;
         if (heading_.is_array || heading_.type != 'R' || !read_printed_real(heading_.value, energy)) {

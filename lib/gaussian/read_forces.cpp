@@ -19,7 +19,7 @@ bool is_over(std::string_view rest) { return without_blanks(rest).empty(); }
 void take_energy(const source& from, std::string_view line, std::string_view rest, forces_file& found) {
     double energy = 0.0;
     if (!read_printed_real(next_word(rest), energy) || !is_over(rest)) {
-        refuse_line(from, "a number behind 'energy'", line);
+        refuse_line(from, "a number after 'energy'", line);
     }
     if (found.energy) {
         refuse_line(from, "one energy", line);
@@ -30,7 +30,7 @@ void take_energy(const source& from, std::string_view line, std::string_view res
 void take_dipole(const source& from, std::string_view line, std::string_view rest, forces_file& found) {
     double dipole[3];
     if (!next_three_reals(rest, dipole) || !is_over(rest)) {
-        refuse_line(from, "three numbers behind 'dipole'", line);
+        refuse_line(from, "three numbers after 'dipole'", line);
     }
     if (found.dipole) {
         refuse_line(from, "one dipole", line);

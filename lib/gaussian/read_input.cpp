@@ -11,6 +11,7 @@
 #include "gaussian/fields.hpp"
 #include "gaussian/lines.hpp"
 #include "gaussian/read_molecule.hpp"
+#include "gaussian/ready_route.hpp"
 
 namespace displacement_generator::gaussian {
 
@@ -98,7 +99,20 @@ bool has_option(const route& job, std::string_view keyword, std::initializer_lis
 }
 
 bool is_in_checkpoint(const route& job) {
-    return has_option(job, "geom", {"check", "chk", "allcheck", "allchk", "step", "modify"});
+    return has_option(job, "geom", {"check", "chk", "allcheck", "allchk", "step", "modify"}) || is_restart(job);
+}
+
+/// Stops the run where the optimisation of an input begins from more than one molecule.
+void refuse_several_molecules(const input& job) {
+    for (const route_keyword& word : job.keywords.keywords) {
+        const auto& options = word.parts.front().options;
+        if (begins_with(word.name(), "opt") && std::any_of(options.begin(), options.end(), [](const auto& option) {
+                return is_one_of(option.name, {"qst2", "qst3", "path"});
+            })) {
+            stop(job, job.route_line,
+                 quoted(word.text) + " has more than one molecule in the input; prepare the log of the optimisation");
+        }
+    }
 }
 
 input_units units_of(const route& job) {
@@ -174,7 +188,7 @@ void read_charge(cursor& here, input& job, std::vector<notice>& notices) {
     ++here.at;
 }
 
-/// Reads what stands behind the molecule. Every blank line ends a section; those at the end of the job end none.
+/// Reads what stands after the molecule. Every blank line ends a section; those at the end of the job end none.
 void read_sections(cursor& here, input& job) {
     std::size_t end = here.end;
     while (end > here.at && here.lines[end - 1].is_blank()) {
@@ -201,6 +215,7 @@ bool read_job(cursor here, input& job, std::vector<notice>& notices) {
     if (is_in_checkpoint(job.keywords)) {
         return false;
     }
+    refuse_several_molecules(job);
     if (std::any_of(job.keywords.keywords.begin(), job.keywords.keywords.end(),
                     [](const route_keyword& word) { return begins_with(word.name(), "extraover"); })) {
         stop_at(job.name, job.route_line,
@@ -237,9 +252,10 @@ input read_input(std::string_view text, const std::string& name, std::vector<not
         first_route_line = first_route_line == 0 ? job.route_line : first_route_line;
     }
     if (first_route_line != 0) {
-        throw base::run_error(place_of(name, first_route_line) +
-                              ": the molecule is in a checkpoint file, as 'geom' says; prepare the log of the job that "
-                              "wrote it, or its formatted checkpoint");
+        throw base::run_error(
+            place_of(name, first_route_line) +
+            ": the molecule is in a checkpoint file, as the route says; prepare the log of the job that "
+            "wrote it, or its formatted checkpoint");
     }
     throw base::run_error(place_of(name, 1) + ": expected a Gaussian input, found no line of one");
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <string_view>
 #include <unordered_map>
@@ -65,6 +64,7 @@ struct reader {
     dropped types{"molecular-mechanics type of an atom"};
     dropped fragments{"fragment of an atom"};
     dropped residues{"residue of an atom"};
+    dropped moments{"nuclear moment of an atom"};
     dropped frozen{"freeze code of an atom"};
     dropped extras{"what stands after the value of a variable"};
 
@@ -192,6 +192,16 @@ void read_internal(reader& in, const std::vector<std::string_view>& fields, writ
     }
 }
 
+/// Three numbers of which the first may be a reference: in a Z-matrix it is not plain what they are.
+void refuse_doubtful(const reader& in, const std::vector<std::string_view>& fields) {
+    const bool is_z_matrix = !in.atoms.empty() && !in.atoms.front().line.cartesian;
+    if (is_z_matrix && fields.size() == 4 && is_integer(fields[1])) {
+        in.stop("expected the " + std::to_string(2 * std::min<std::size_t>(in.atoms.size(), 3)) +
+                " fields of this line of a Z-matrix, or x, y and z with a 0 before them, found 3 fields after the "
+                "label");
+    }
+}
+
 void read_atom(reader& in) {
     const input_line& line = in.here.line();
     const std::vector<std::string_view> fields = fields_of(line.text);
@@ -200,6 +210,7 @@ void read_atom(reader& in) {
     atom.line.line = line.number;
     atom.label = read_label(fields.front(), in.place());
     if (is_cartesian(fields)) {
+        refuse_doubtful(in, fields);
         read_cartesian(in, fields, atom);
     } else {
         read_internal(in, fields, atom);
@@ -215,6 +226,9 @@ void read_atom(reader& in) {
     }
     if (atom.label.has_residue) {
         in.residues.add(line.number);
+    }
+    if (atom.label.has_moment) {
+        in.moments.add(line.number);
     }
     in.atoms.push_back(std::move(atom));
     const auto [entry, is_new] = in.labels.try_emplace(lower(fields.front()), static_cast<int>(in.atoms.size()));
@@ -241,7 +255,7 @@ void read_value(reader& in) {
     if (base::read_real(fields[1], value) != base::number_status::ok) {
         in.stop("expected a value for '" + base::shown(fields[0]) + "', found '" + base::shown(fields[1]) + "'");
     }
-    if (!in.values.try_emplace(lower(fields[0]), value).second) {
+    if (const auto [entry, is_new] = in.values.try_emplace(lower(fields[0]), value); entry->second != value) {
         in.stop("expected one value for '" + base::shown(fields[0]) + "', found a second one");
     }
     if (fields.size() > 2) {
@@ -304,10 +318,7 @@ void put_numbers(reader& in) {
             const quantity& number = atom.quantities[n];
             const double value = number.name.empty() ? number.value : number.value * in.values.at(number.name);
             const double unit = atom.line.cartesian || n == 0 ? in.units.length : in.units.angle;
-            atom.line.number[n] = value * unit;
-            if (!std::isfinite(atom.line.number[n])) {
-                throw base::run_error(place_of(in.job.name, atom.line.line) + ": found a number that is too large");
-            }
+            atom.line.number[n] = value * unit;  // both units are below 1, so that no number gets too large
         }
     }
 }
@@ -372,7 +383,8 @@ void read_molecule(cursor& here, const input_units& units, input& job, std::vect
             {lines[static_cast<std::size_t>(job.dummies.front()) - 1].line,
              std::to_string(job.dummies.size()) + " dummy atom(s) served the construction and are left out"});
     }
-    for (const dropped* kind : {&in.names, &in.types, &in.fragments, &in.residues, &in.frozen, &in.extras}) {
+    for (const dropped* kind :
+         {&in.names, &in.types, &in.fragments, &in.residues, &in.moments, &in.frozen, &in.extras}) {
         kind->tell(notices);
     }
     job.first_type_line = in.types.line;

@@ -32,12 +32,14 @@ struct ready_input {
 /// Stops the run with a message that tells what to do where something cannot be carried over rightly.
 ready_input make_ready(const input& source, std::string_view replacement, std::vector<notice>& notices);
 
-/// The same for a molecule that was not in an input. A route that asks for a section stops the run, as there is none.
-///   name   in  of the file that the molecule is from
+/// The same for a molecule that was not in an input. A route that asks for a section stops the run, as there is none,
+/// but for what only analyses the result: that is left out.
+///   name   in  of the file that the molecule is from, or "the new route" for one that is in no file
+///   line   in  of the route in that file; 0: none
 ///   route  in  from its "#" on
 ///   title  in  one line
-ready_input make_ready(const std::string& name, std::string_view route, std::string_view title, const molecule& atoms,
-                       std::vector<notice>& notices);
+ready_input make_ready(const std::string& name, int line, std::string_view route, std::string_view title,
+                       const molecule& atoms, std::vector<notice>& notices);
 
 /// The text of a ready input, which the generator takes and read_input reads again as the same molecule, to the last
 /// digit printed. Stops the run where the generator would misunderstand it, and where a coordinate does not fit its

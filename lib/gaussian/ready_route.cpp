@@ -47,7 +47,7 @@ bool is_connectivity(const route_option& option) { return begins_with_any(option
 
 /// Whether an option of `geom` says nothing about where the molecule comes from or how it is optimised.
 bool is_kept_of_geometry(const route_option& option) {
-    return is_connectivity(option) || begins_with_any(option.name, {"crowd", "nocrowd", "printinput"});
+    return is_connectivity(option) || begins_with_any(option.name, {"crowd", "nocrowd", "notest", "printinput"});
 }
 
 /// Whether an option begins with "read" and takes from a checkpoint file, not from a section.
@@ -60,6 +60,18 @@ bool reads_late_section(const route_option& option) {
     return option.name == "fccards" || option.name == "cards" ||
            begins_with_any(option.name, {"sel", "hinderedrotor"}) ||
            (begins_with_any(option.name, {"read", "rd"}) && !reads_checkpoint(option));
+}
+
+/// Whether the name of an option says that something is read from the input.
+bool names_a_section(const route_option& option) {
+    return (option.name.find("read") != std::string::npos && !begins_with_any(option.name, {"noread", "readint"})) ||
+           option.name.starts_with("rd");
+}
+
+/// Whether a method goes on from what an earlier job left in a checkpoint file: states or amplitudes.
+bool reads_earlier_results(const route_keyword& keyword, const route_option& option) {
+    return is_one_of(keyword.name(), {"td", "tda", "tdhf", "cis", "cisd", "eomccsd", "ccd", "ccsd", "qcisd", "bd"}) &&
+           is_one_of(option.name, {"read", "readamplitudes", "readamp"});
 }
 
 void claim(std::vector<section_claim>& claims, int place, const route_keyword& owner, fate what) {
@@ -128,14 +140,14 @@ bool is_compound_method(std::string_view name) {
 /// Stops the run at a keyword that cannot be carried over.
 void check_keyword(const route_keyword& keyword, const std::string& place) {
     const std::string shown = quoted(keyword.text);
-    if (is_optimization(keyword) && option_of(keyword, {"qst2", "qst3"}) != nullptr) {
-        refuse(place, shown + " has more than one molecule in the input; prepare the log of the optimisation");
-    }
     if (is_geometry(keyword) && option_of(keyword, {"readharm", "oldharm", "checkharm"}) != nullptr) {
         refuse(place, shown + " adds a potential that stands in space and cannot be kept; take it out");
     }
     if (is_geometry(keyword) || is_job_type(keyword)) {
         return;
+    }
+    if (is_one_of(keyword.name(), {"nonstd", "nonstandard"}) || keyword.name().starts_with("extraover")) {
+        refuse(place, shown + " lists overlays, which cannot be kept; give the route of a method with --route");
     }
     if (std::any_of(keyword.parts.begin(), keyword.parts.end(),
                     [](const route_part& part) { return is_compound_method(part.name); })) {
@@ -146,20 +158,31 @@ void check_keyword(const route_keyword& keyword, const std::string& place) {
     }
     if (is_one_of(keyword.name(), {"counterpoise", "counter"}) ||
         (keyword.name() == "guess" && option_of(keyword, {"fragment"}) != nullptr)) {
-        refuse(place, shown + " needs fragments, which cannot be kept; take it out");
+        refuse(place, shown + " needs fragments, which cannot be kept; give a route without it with --route");
     }
-    if (has_part(keyword, {"chkbasis", "restart"}) || option_of(keyword, {"chkbas", "restart"}) != nullptr ||
+    if (has_part(keyword, {"chkbas", "chkbasis", "restart"}) || option_of(keyword, {"chkbas", "restart"}) != nullptr ||
         (keyword.name() != "guess" && option_of(keyword, {"check", "chk"}) != nullptr)) {
         refuse_checkpoint(place, keyword);
     }
 }
 
-/// A keyword with some of its options left out; the text is as written where none is.
+/// How long the first part of a keyword is: up to a slash outside brackets.
+std::size_t first_part_size(std::string_view text) {
+    int depth = 0;
+    std::size_t size = 0;
+    while (size < text.size() && (depth != 0 || text[size] != '/')) {
+        depth += text[size] == '(' ? 1 : (text[size] == ')' ? -1 : 0);
+        ++size;
+    }
+    return size;
+}
+
+/// A keyword with some options of its first part left out; the text is as written where none is.
 ///   is_kept  in  tells of each option
 template <class predicate>
 route_keyword with_options(const route_keyword& keyword, predicate is_kept) {
-    route_keyword kept{keyword.name(), {{keyword.name(), {}}}};
-    kept.text = keyword.text.substr(0, keyword.text.find_first_of("=("));
+    route_keyword kept = keyword;
+    kept.parts.front().options.clear();
     std::string list;
     for (const route_option& option : keyword.parts.front().options) {
         if (is_kept(option)) {
@@ -170,7 +193,9 @@ route_keyword with_options(const route_keyword& keyword, predicate is_kept) {
     if (kept.parts.front().options.size() == keyword.parts.front().options.size()) {
         return keyword;
     }
-    kept.text += kept.parts.front().options.size() == 1 ? "=" + list : "=(" + list + ")";
+    kept.text = keyword.text.substr(0, keyword.text.find_first_of("=("));
+    kept.text += list.empty() ? "" : kept.parts.front().options.size() == 1 ? "=" + list : "=(" + list + ")";
+    kept.text += keyword.text.substr(first_part_size(keyword.text));
     return kept;
 }
 
@@ -203,6 +228,18 @@ void add_guess(const route_keyword& keyword, int line, route& ready, std::vector
     if (!kept.parts.front().options.empty() || keyword.parts.front().options.empty()) {
         ready.keywords.push_back(std::move(kept));
     }
+}
+
+/// Leaves out what a calculation would take from that of an earlier job.
+void add_without_earlier(const route_keyword& keyword, int line, route& ready, std::vector<notice>& notices) {
+    ready.keywords.push_back(with_options(keyword, [&](const route_option& option) {
+        if (!reads_earlier_results(keyword, option)) {
+            return true;
+        }
+        notices.push_back({line, quoted(option.text) + " of " + quoted(keyword.text) +
+                                     " left out: the jobs have no checkpoint file to read from"});
+        return false;
+    }));
 }
 
 bool is_symmetry(const route_keyword& keyword) {
@@ -240,16 +277,21 @@ bool is_job_type(const route_keyword& keyword) {
                      {"sp", "singlepoint", "scan", "polar", "admp", "bomd", "forces", "volume", "eet", "lst", "lsta"});
 }
 
+bool is_restart(const route& job) {
+    return std::any_of(job.keywords.begin(), job.keywords.end(), [](const route_keyword& keyword) {
+        return keyword.name() == "restart" || (is_job_type(keyword) && option_of(keyword, {"restart"}) != nullptr);
+    });
+}
+
 bool asks_for_section(const route_keyword& keyword) {
     if (has_part(keyword, {"gen", "genecp", "massage", "charge", "extrabasis", "extradensitybasis", "output"})) {
         return true;
     }
     for (const route_part& part : keyword.parts) {
         for (const route_option& option : part.options) {
-            const bool is_guess_read = part.name == "guess" && option.name == "read";
-            if ((option.name.find("read") != std::string::npos && !is_guess_read &&
-                 !begins_with_any(option.name, {"noread", "readint"})) ||
-                begins_with_any(option.name, {"rd"}) ||
+            const bool is_of_checkpoint =
+                (part.name == "guess" && option.name == "read") || reads_earlier_results(keyword, option);
+            if ((names_a_section(option) && !is_of_checkpoint) ||
                 is_one_of(option.name, {"cards", "alter", "input", "permute", "rw", "gen", "genecp"})) {
                 return true;
             }
@@ -294,6 +336,31 @@ std::string stands_in_space(const route& job) {
     return {};
 }
 
+route without_analysis(const route& job, int line, std::vector<notice>& notices) {
+    route kept{job.head, {}};
+    for (const route_keyword& keyword : job.keywords) {
+        const bool is_output = keyword.name() == "output";
+        if (!is_output && !is_one_of(keyword.name(), {"pop", "population", "prop", "properties", "nmr", "cphf"})) {
+            kept.keywords.push_back(keyword);
+            continue;
+        }
+        const auto is_kept = [&](const route_option& option) {
+            const bool has_section = is_output ? begins_with_any(option.name, {"wfn", "wfx"}) : names_a_section(option);
+            if (has_section) {
+                notices.push_back({line, quoted(option.text) + " of " + quoted(keyword.text) +
+                                             " left out: the section that it needs is not in this file, and forces do "
+                                             "not depend on it"});
+            }
+            return !has_section;
+        };
+        route_keyword rest = with_options(keyword, is_kept);
+        if (!rest.parts.front().options.empty() || keyword.parts.front().options.empty()) {
+            kept.keywords.push_back(std::move(rest));
+        }
+    }
+    return kept;
+}
+
 route ready_route(const route& job, bool keep_connectivity, const std::string& place, int line,
                   std::vector<notice>& notices) {
     route ready{job.head, {}};
@@ -309,6 +376,9 @@ route ready_route(const route& job, bool keep_connectivity, const std::string& p
             add_guess(keyword, line, ready, notices);
         } else if (is_symmetry(keyword) && !is_without_symmetry(keyword)) {
             notices.push_back({line, quoted(keyword.text) + " left out: 'nosymm' takes its place"});
+        } else if (std::any_of(keyword.parts.front().options.begin(), keyword.parts.front().options.end(),
+                               [&](const route_option& option) { return reads_earlier_results(keyword, option); })) {
+            add_without_earlier(keyword, line, ready, notices);
         } else if (keyword.name() == "units") {
             notices.push_back({line, quoted(keyword.text) + " left out: coordinates are written in angstrom"});
         } else if ((keyword.name() == "force" && has_force) || (is_without_symmetry(keyword) && has_nosymm)) {

@@ -36,6 +36,9 @@ enum section_place {
 /// Whether a keyword begins a job type, or says how to go on with one, and is left out of a ready route.
 bool is_job_type(const route_keyword& keyword);
 
+/// Whether a route goes on with a job that was broken off: what else it asks for is in a checkpoint file.
+bool is_restart(const route& job);
+
 /// The sections that a route has behind the molecule, in order; claims of one place below `other_place` are one.
 std::vector<section_claim> claims_of(const route& job);
 
@@ -47,6 +50,12 @@ bool has_connectivity(const route& job);
 
 /// The keyword that puts a field or charges in space; empty where there is none.
 std::string stands_in_space(const route& job);
+
+/// A route without options that only analyse the result, and need a section for it: for a source without sections.
+///   job      in
+///   line     in      what a notice names
+///   notices  in/out
+route without_analysis(const route& job, int line, std::vector<notice>& notices);
 
 /// A route without what a ready one cannot have, with `force` and `nosymm`.
 ///   job               in

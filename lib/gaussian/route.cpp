@@ -53,6 +53,9 @@ std::string take_keyword(std::string_view& rest, const std::string& place) {
         if (c == ',') {
             break;
         }
+        if (at > 0 && rest[at - 1] == ')' && (is_letter(c) || is_digit(c))) {
+            break;  // opt=(ts)freq
+        }
         keyword += c;
         at = joins(c) ? after_gap(rest, at + 1) : at + 1;
     }

@@ -12,6 +12,7 @@
 #include "base/error.hpp"
 #include "base/free_format.hpp"
 #include "gaussian/checkpoint_route.hpp"
+#include "gaussian/line_ends.hpp"
 #include "gaussian/words.hpp"
 
 namespace displacement_generator::gaussian {
@@ -35,18 +36,26 @@ bool is_rule(std::string_view line) {
     return line.size() >= shortest && line.find_first_not_of('-') == std::string_view::npos;
 }
 
-/// Whether the scanner has to look at a line: all lines it searches for begin with a blank and one of these.
+/// What the lines that the scanner searches for begin with, behind a blank: the first two characters.
+constexpr std::string_view beginnings[] = {"**", "1\\", "1|", "Ch", "Ce", "Di", "En", "Er", "In", "Li", "No", "SC"};
+
+/// Whether the scanner has to look at a line. There are at most two beginnings with the same first character.
 bool is_candidate(const char* line, const char* end) {
-    static constexpr auto begins = [] {
+    static constexpr auto second = [] {
         struct {
-            bool wanted[256] = {};
+            char of[256][2] = {};
         } table;
-        for (const char c : {'#', '*', '1', 'C', 'D', 'E', 'I', 'L', 'N', 'S'}) {
-            table.wanted[static_cast<unsigned char>(c)] = true;
+        for (const std::string_view beginning : beginnings) {
+            char* const of_first = table.of[static_cast<unsigned char>(beginning[0])];
+            of_first[of_first[0] == '\0' ? 0 : 1] = beginning[1];
         }
         return table;
     }();
-    return end - line > 2 && line[0] == ' ' && begins.wanted[static_cast<unsigned char>(line[1])];
+    if (end - line < 3 || line[0] != ' ') {
+        return false;
+    }
+    const char* const of_first = second.of[static_cast<unsigned char>(line[1])];
+    return line[2] != '\0' && (line[2] == of_first[0] || line[2] == of_first[1]);
 }
 
 /// Whether a job begins or ends with a line. Where a log breaks off and another one follows, such a line may stand in
@@ -82,6 +91,7 @@ class scanner {
   private:
     void take(const char* begin, const char* end);
     void seek(std::string_view line, const char* begin);
+    void begin_route(std::string_view line);
     void take_route_piece(std::string_view line);
     void take_table_head(std::string_view line);
     void take_row(std::string_view line);
@@ -137,6 +147,7 @@ std::string_view scanner::line_above(const char* begin) const {
     while (start != first && start[-1] != '\n') {
         --start;
     }
+    end -= end != start && end[-1] == '\r' ? 1 : 0;
     return {start, static_cast<std::size_t>(end - start)};
 }
 
@@ -217,20 +228,23 @@ void scanner::take(const char* begin, const char* end) {
     }
 }
 
+void scanner::begin_route(std::string_view line) {
+    if (in_job_ && job_.has_geometry()) {
+        end_job();
+    }
+    job().line = this->line();
+    route_next_ = false;
+    text_.clear();
+    state_ = state::route;
+    take_route_piece(line);
+}
+
 void scanner::seek(std::string_view line, const char* begin) {
-    switch (line[1]) {
-        case '#':
-            if (route_next_ && is_rule(without_blanks(line_above(begin)))) {
-                if (in_job_ && job_.has_geometry()) {
-                    end_job();
-                }
-                job().line = this->line();
-                route_next_ = false;
-                text_.clear();
-                state_ = state::route;
-                take_route_piece(line);
-            }
-            break;
+    if (route_next_ && line.starts_with(' ') && without_blanks(line).starts_with('#') && is_rule(line_above(begin))) {
+        begin_route(line);
+        return;
+    }
+    switch (line.size() > 2 ? line[1] : ' ') {
         case '*':
             if (contains(line, "Axes restored to original set")) {
                 job().last.axes_restored = true;
@@ -479,14 +493,10 @@ scanned_log scanner::scan() {
         const char* begin = reader_.block.get() + reader_.begin;
         const char* end = reader_.block.get() + reader_.end;
         const char* rows = begin;  // of a table, up to `begin`, and not yet kept
-        while (begin != end) {
-            const auto* feed =
-                static_cast<const char*>(std::memchr(begin, '\n', static_cast<std::size_t>(end - begin)));
-            if (feed == nullptr) {
-                break;
-            }
+        line_ends feeds(begin, end);
+        while (const char* feed = feeds.next()) {
             ++reader_.line_number;
-            if (state_ == state::seeking ? is_candidate(begin, feed)
+            if (state_ == state::seeking ? route_next_ || is_candidate(begin, feed)
                                          : state_ != state::table_rows || !is_plain_row(begin, feed)) {
                 keep_rows(rows, begin);
                 take(begin, feed);
@@ -502,7 +512,7 @@ scanned_log scanner::scan() {
     const char* end = reader_.block.get() + reader_.end;
     if (begin != end) {  // a last line without its end
         ++reader_.line_number;
-        if (state_ != state::seeking || is_candidate(begin, end)) {
+        if (state_ != state::seeking || route_next_ || is_candidate(begin, end)) {
             take(begin, end);
         }
     }

@@ -67,7 +67,7 @@ enum class source_kind { input, log, checkpoint, xyz, unknown };
 ///   checkpoint  a line near the top is the heading of a section
 ///   log         a line says that Gaussian begins, whatever a batch system printed before it; or, where no input
 ///               begins, a line shows what only a log holds
-///   input       the first line with text begins with %, #, ! or --Link1--
+///   input       the first line with text begins with %, #, !, $RunGauss or --Link1--
 ///   xyz         a count, a comment, and an atom with three numbers
 source_kind kind_of(source& from);
 

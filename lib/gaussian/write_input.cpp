@@ -46,10 +46,10 @@ void append_line(std::string& text, std::string_view line, std::string_view what
     text += '\n';
 }
 
-/// A line behind the route, none of which may begin like one: the generator takes the last such line.
+/// A line after the route, none of which may begin like one: the generator takes the last such line.
 void append_later_line(std::string& text, std::string_view line, std::string_view what) {
     if (stripped(line).starts_with('#')) {
-        stop("expected no line behind the route that begins with '#', which would be taken for the route, in " +
+        stop("expected no line after the route that begins with '#', which would be taken for the route, in " +
                  std::string(what),
              line);
     }
@@ -129,7 +129,7 @@ std::string write_input(const ready_input& ready) {
     text += '\n';
     for (const section& lines : ready.sections) {
         for (const std::string& line : lines.lines) {
-            append_later_line(text, line, "the sections behind the molecule");
+            append_later_line(text, line, "the sections after the molecule");
         }
         text += '\n';
     }

@@ -311,8 +311,8 @@ TEST(refusals, plain_forces) {
               "PES-0/coord-1-dx.forces: expected forces on 3 atoms, found 2\n"
               "PES-0/coord-1-dy.forces:4: expected forces on 3 atoms and no more, found '0.1 0.2 0.3'\n"
               "PES-0/coord-1-dz.forces:3: expected three numbers, 'energy' or 'dipole', found '0.1 0.2 ****'\n"
-              "PES-0/coord-1+dz.forces:1: expected a number behind 'energy', found 'energy ****'\n"
-              "PES-0/coord-2-dx.forces:1: expected three numbers behind 'dipole', found 'dipole 0 1'\n"
+              "PES-0/coord-1+dz.forces:1: expected a number after 'energy', found 'energy ****'\n"
+              "PES-0/coord-2-dx.forces:1: expected three numbers after 'dipole', found 'dipole 0 1'\n"
               "PES-0/coord-2-dy.forces:2: expected one energy, found 'energy 1'\n"
               "PES-0/coord-2+dy.forces:3: expected one dipole, found 'dipole 1 2 3'\n"
               "PES-0/coord-2-dz.forces:2: expected three numbers, 'energy' or 'dipole', found '0.1 0.2 1e400'\n");

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""What fails below the preparer: faults.py PREPARER GENERATOR
+"""What fails below the preparer: faults.py PREPARER FAILING_OUTPUT
 
-Full devices, closed streams, folders that may not be written to, a limit on the size of files, signals. In each case
+Full devices, closed streams, folders that may not be written to, a limit on the size of files, calls that fail, signals. In each case
 the run ends with its message and status 2, an OUTPUT that was there stays as it was, and nothing else is left.
 """
 import os
@@ -65,6 +65,16 @@ run("all streams closed", '"$0" -o out.gjf mol.gjf <&- >&- 2>&-', None)
 run("closed standard input", '"$0" -o out.gjf - <&-', f"standard input: cannot read: {CLOSED}")
 run("full help", '"$0" --help >/dev/full', f"standard output: cannot write: {FULL}")
 run("no temporary folder", 'TMPDIR=/nowhere "$0" mol.gjf', "standard output: cannot open for writing: No such file or directory")
+
+# Calls that fail on a broken disk alone: with FAILING_OUTPUT preloaded they do.
+PRELOADED = f'ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD={pathlib.Path(sys.argv[2]).resolve()} "$0"'
+run("failing close", f'FAILING_OUTPUT=close {PRELOADED} -o out.gjf mol.gjf', "out.gjf: cannot close: Input/output error")
+run("failing close for a stream", f'FAILING_OUTPUT=close {PRELOADED} mol.gjf', "standard output: cannot close: Input/output error")
+run("failing rename", f'FAILING_OUTPUT=rename {PRELOADED} -o out.gjf mol.gjf', "out.gjf: cannot put in place: Input/output error")
+with folder() as path:  # nothing fails where nothing is asked for
+    done = subprocess.run(["/bin/sh", "-c", f"{PRELOADED} -o out.gjf mol.gjf", preparer], cwd=path, capture_output=True, text=True, timeout=60)
+    check("preloaded: status", done.returncode, 0)
+    check("preloaded: OUTPUT", (path / "out.gjf").read_text()[:3], INPUT[:3])
 
 
 def limit_files():

@@ -18,7 +18,7 @@ using point_groups::molecule;
 
 namespace {
 
-constexpr double tolerance = 0.01;
+constexpr double usual_tolerance = 0.01;
 
 std::string bytes_of(const Eigen::Matrix3Xd& positions) {
     return {reinterpret_cast<const char*>(positions.data()),
@@ -65,7 +65,7 @@ void expect_distances_kept(const Eigen::Matrix3Xd& before, const Eigen::Matrix3X
 }
 
 /// What holds for whatever is prepared, at the edge of the tolerance too.
-frame::frame_result prepared_exactly(const molecule& source) {
+frame::frame_result prepared_exactly(const molecule& source, double tolerance = usual_tolerance) {
     frame::frame_result result = frame::prepare(source.kinds, source.positions, tolerance);
     const molecule prepared = {source.kinds, result.positions};
     EXPECT_TRUE(result.exact);
@@ -84,8 +84,8 @@ frame::frame_result prepared_exactly(const molecule& source) {
 }
 
 /// The same, and that nothing changes any more; returns the number of displacements.
-int prepared_rightly(const molecule& source) {
-    const frame::frame_result result = prepared_exactly(source);
+int prepared_rightly(const molecule& source, double tolerance = usual_tolerance) {
+    const frame::frame_result result = prepared_exactly(source, tolerance);
     const frame::frame_result again = frame::prepare(source.kinds, result.positions, tolerance);
     EXPECT_EQ(bytes_of(again.positions), bytes_of(result.positions));
     EXPECT_EQ(again.rotation, Eigen::Matrix3d::Identity());
@@ -120,6 +120,27 @@ TEST(frame_laws, every_point_group_is_prepared_for_the_fewest_displacements) {
                 EXPECT_EQ(prepared_rightly(source), fewest);
                 EXPECT_EQ(prepared_rightly(shuffled(source, random)), fewest);
             }
+        }
+    }
+}
+
+TEST(frame_laws, every_tolerance_is_kept) {
+    engine random(40);
+    const struct {
+        double tolerance;
+        double noise;
+    } rows[] = {{1e-6, 0.0}, {1e-6, 4e-7}, {1e-4, 0.0}, {1e-4, 5e-5},
+                {0.05, 0.0}, {0.05, 0.02}, {0.1, 0.0},  {0.1, 0.04}};
+    for (const char* name : {"C1", "Ci", "C2", "C3v", "D2d", "D3h", "S4", "D5h", "Th", "Td"}) {
+        const point_groups::named_group& group = point_groups::group(name);
+        const molecule perfect = point_groups::molecule_of(group, 2, random);
+        const int fewest = point_groups::fewest_by_trial(perfect, group.operations);
+        for (const auto& row : rows) {
+            SCOPED_TRACE(group.name + ", noise " + std::to_string(row.noise) + ", tolerance " +
+                         std::to_string(row.tolerance));
+            molecule source = perfect;
+            point_groups::shake(source, row.noise, random);
+            EXPECT_EQ(prepared_rightly(point_groups::moved(source, random), row.tolerance), fewest);
         }
     }
 }
@@ -174,13 +195,13 @@ TEST(frame_laws, nothing_is_promised_that_does_not_hold_at_the_edge_of_the_toler
             point_groups::shake(source, noise, random);
             source = point_groups::moved(source, random);
             const frame::frame_result result = prepared_exactly(source);
-            const frame::frame_result again = frame::prepare(source.kinds, result.positions, tolerance);
+            const frame::frame_result again = frame::prepare(source.kinds, result.positions, usual_tolerance);
             EXPECT_LE(again.computed, result.computed);
             const bool is_same = bytes_of(again.positions) == bytes_of(result.positions);
             const Eigen::Matrix3Xd turned = (again.rotation * (result.rotation * source.positions)).colwise() +
                                             (again.rotation * result.shift + again.shift);
             const double moved_in_all = (again.positions - turned).colwise().norm().maxCoeff();
-            EXPECT_TRUE(is_same || moved_in_all > tolerance) << moved_in_all;
+            EXPECT_TRUE(is_same || moved_in_all > usual_tolerance) << moved_in_all;
             changed_again += is_same ? 0 : 1;
         }
         RecordProperty("more_symmetry_the_second_time_at_noise_" + std::to_string(noise), changed_again);

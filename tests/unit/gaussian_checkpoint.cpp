@@ -5,6 +5,7 @@
 #include <cmath>
 #include <string>
 
+#include "gaussian/checkpoint_route.hpp"
 #include "gaussian_twin.hpp"
 #include "support.hpp"
 
@@ -96,6 +97,76 @@ TEST(gaussian_checkpoint, carriage_returns) {
     const gaussian::checkpoint found = read(text);
     EXPECT_EQ(found.route, twin().route);
     EXPECT_EQ(found.gradient, -twin().point.forces);
+}
+
+TEST(gaussian_checkpoint, vectors_of_a_periodic_system_are_counted) {
+    const std::string text = support::checkpoint_text(twin());
+    const std::string heading = "Translation vectors                        R   N=           ";
+    EXPECT_EQ(read(text).vectors, 0);
+    EXPECT_EQ(read(text + heading + "6\n 0.0 0.0 4.5 0.0 0.0 0.0\n").vectors, 1);
+    EXPECT_EQ(read(text + heading + "9\n 0.0 0.0 4.5 0.0 3.0\n 0.0 1.0 0.0 0.0\n").vectors, 3);
+    for (const char* size : {"4\n", "12\n"}) {
+        EXPECT_TRUE(refused(text + heading + size)
+                        .ends_with("expected up to three vectors in the section 'Translation vectors', found other "
+                                   "values"));
+    }
+}
+
+std::string route_of(const std::string& method, const std::string& basis) {
+    gaussian::checkpoint from;
+    from.method = method;
+    from.basis = basis;
+    std::vector<gaussian::notice> notices;
+    std::string route;
+    const std::string error = support::stopped_with([&] { route = gaussian::checkpoint_route(from, "m", notices); });
+    return error == "no error" ? route : error.substr(0, error.find(';'));
+}
+
+TEST(gaussian_checkpoint, a_route_of_method_and_basis) {
+    const struct {
+        const char* method;
+        const char* basis;
+        const char* route;
+    } rows[] = {
+        {"RB3LYP", "6-31G(d)", "#p RB3LYP/6-31G(d)"},
+        {"UB-LYP", "6-31G(d')", "#p UBLYP/6-31G(d')"},
+        {"RPBE-PBE", "Def2SVP", "#p RPBEPBE/Def2SVP"},
+        {"RCAM-B3LYP", "6-311++G(2d,2p)", "#p RCAM-B3LYP/6-311++G(2d,2p)"},
+        {"RLC-BLYP", "Aug-CC-pVTZ", "#p RLC-BLYP/Aug-CC-pVTZ"},
+        {"RLC-PBE", "SDD", "#p RLC-PBE/SDD"},
+        {"RBP86", "TZVP/TZVPFit", "#p RBP86/TZVP/TZVPFit"},
+        {"RMP2-FC", "CC-pVDZ", "#p RMP2(fc)/CC-pVDZ"},
+        {"UCCSD(T)-FU", "6-31G*", "#p UCCSD(T,full)/6-31G*"},
+        {"RCCSD(T)-FC", "6-31G*", "#p RCCSD(T,fc)/6-31G*"},
+        {"RCISD-FC", "6-31G", "#p RCISD(fc)/6-31G"},
+        {"RPM6", "ZDO", "#p RPM6"},
+        {"UFF", "MM", "#p UFF"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(route_of(row.method, row.basis), row.route);
+    }
+    const struct {
+        const char* method;
+        const char* basis;
+    } refused_rows[] = {{"RB3LYP", "Gen"},      {"RB3LYP", "GenECP"},      {"RB3LYP", ""},
+                        {"", "6-31G"},          {"RB3LYP", "ChkBas"},      {"Mixed", "Mixed"},
+                        {"RCIS-FC", "3-21G"},   {"RTD-B3LYP-FC", "3-21G"}, {"RB3LYP TD-FC", "SDD"},
+                        {"RCASSCF", "3-21G"},   {"CASSCF", "3-21G"},       {"ONIOM(HF:UFF)", "3-21G"},
+                        {"RB+HF-LYP", "3-21G"}, {"UEOM-CCSD", "3-21G"},    {"ZINDO", "ZDO"}};
+    for (const auto& row : refused_rows) {
+        EXPECT_EQ(route_of(row.method, row.basis),
+                  std::string("m:2: expected a method and a basis that a route can hold, found '") + row.method +
+                      "' and '" + row.basis + "'");
+    }
+}
+
+TEST(gaussian_checkpoint, a_route_that_needs_another_checkpoint) {
+    for (const char* text : {"#N Geom=AllCheck GenChk RB3LYP/3-21G Freq", "#p restart", "# opt=restart"}) {
+        EXPECT_TRUE(gaussian::is_incomplete(text, "m")) << text;
+    }
+    for (const char* text : {"# opt=restart hf/3-21g", "# hf geom=allcheck freq"}) {
+        EXPECT_FALSE(gaussian::is_incomplete(text, "m")) << text;
+    }
 }
 
 TEST(gaussian_checkpoint, what_it_does_not_hold_has_no_value) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "gaussian/line_ends.hpp"
 #include "gaussian_twin.hpp"
 #include "support.hpp"
 
@@ -103,6 +104,32 @@ TEST(gaussian_log, one_job_in_the_frame_of_the_input) {
     EXPECT_EQ(difference(job.force_positions, water_positions()), 0.0);
     EXPECT_EQ(*job.dipole, Eigen::Vector3d(-0.25, 0.5, -0.125));
     EXPECT_TRUE(job.ended_normally);
+}
+
+TEST(line_ends, are_found_wherever_they_stand) {
+    unsigned random = 1;
+    for (std::size_t size = 0; size < 400; ++size) {
+        for (const unsigned rarity : {1U, 2U, 7U, 90U}) {
+            std::string text(size, ' ');
+            std::string expected;
+            for (std::size_t i = 0; i < size; ++i) {
+                random = random * 1103515245U + 12345U;
+                text[i] = (random >> 16U) % rarity == 0 ? '\n' : static_cast<char>('\v' ^ ((random >> 16U) % 2U));
+                expected += text[i] == '\n' ? std::to_string(i) + " " : "";
+            }
+            std::string found;
+            const char* first = text.data() + std::min<std::size_t>(size, random % 16U);
+            for (const char* before = text.data(); before != first; ++before) {
+                found += *before == '\n' ? std::to_string(before - text.data()) + " " : "";
+            }
+            gaussian::line_ends feeds(first, text.data() + size);
+            while (const char* feed = feeds.next()) {
+                found += std::to_string(feed - text.data()) + " ";
+            }
+            ASSERT_EQ(found, expected) << size << " " << rarity;
+            EXPECT_EQ(feeds.next(), nullptr);
+        }
+    }
 }
 
 TEST(gaussian_log, six_decimals_without_an_archive_entry) {
@@ -324,6 +351,70 @@ TEST(gaussian_log, a_terse_log_has_its_geometry_in_the_archive_entry_alone) {
     EXPECT_EQ(read(twin).log.jobs, 1);
 }
 
+/// A terse log whose archive entry has this molecule, broken at column 70.
+std::string terse(const std::string& molecule) {
+    std::string entry = "1\\1\\GINC-X\\FOpt\\RHF\\STO-3G\\H2O1\\U\\01-Jan-2020\\0\\\\#t hf opt\\\\t\\\\" + molecule +
+                        "\\\\Version=x\\HF=-75.5\\PG=C02V [C2(O1)]\\\\@";
+    std::string text = " Entering Gaussian System, Link 0=g16\n ---------\n #t hf opt\n ---------\n";
+    for (std::size_t at = 0; at < entry.size(); at += 70) {
+        text += " " + entry.substr(at, 70) + "\n";
+    }
+    return text + " Normal termination of Gaussian 16 at x.\n";
+}
+
+TEST(gaussian_log, a_terse_log_with_a_z_matrix) {
+    Eigen::Matrix3Xd bent(3, 3);  // a right angle
+    bent << 0, 0, 0.97, 0, 0, 0, 0, 0.97, 0;
+    for (const char* molecule : {"0,1\\O\\H,1,r\\H,1,r,2,a\\\\r=0.97\\a=90.", "0,1\\O\\H,1,0.97\\H,1,0.97,2,90.",
+                                 "0,1\\O\\H,1,r\\H,1,r,2,a\\\\r=0.97\\\\a=90."}) {
+        const gaussian::log_job job = read(terse(molecule)).log.job;
+        EXPECT_TRUE(job.has_charge) << molecule;
+        EXPECT_EQ(job.molecule.numbers, water) << molecule;
+        EXPECT_LE(difference(job.molecule.positions, bent), 1e-12) << molecule;
+    }
+    const gaussian::log_job typed = read(terse("-1,2\\O-OH-0.1,0.,0.,0.\\H(fragment=1),0,0.,0.,0.97")).log.job;
+    EXPECT_EQ(typed.molecule.numbers, (std::vector<int>{8, 1}));
+    EXPECT_EQ(typed.molecule.positions(2, 1), 0.97);
+    EXPECT_EQ(typed.molecule.charge, -1);
+    EXPECT_EQ(typed.molecule.multiplicity, 2);
+    for (const char* molecule : {"0,1\\O\\H-Bq,1,0.97", "0,1\\O\\H,1,r", "0,1\\O,0.,0.,0.\\Tv,0.,0.,9."}) {
+        EXPECT_EQ(read(terse(molecule)).log.job.number, 0) << molecule;
+    }
+}
+
+TEST(gaussian_log, a_route_is_found_in_its_box) {
+    const std::string orientation = log_text({.jobs = {water_job()}});
+    const std::string rest = orientation.substr(orientation.find(" Charge ="));
+    for (const char* box : {" -------\n # hf/3-21g opt\n -------\n", " -------\r\n # hf/3-21g opt\r\n -------\r\n",
+                            " -------\n   # hf/3-21g opt\n -------\n"}) {
+        const gaussian::log_job job = read(" Entering Gaussian System, Link 0=g09\n" + std::string(box) + rest).log.job;
+        EXPECT_EQ(job.route, "# hf/3-21g opt") << box;
+        EXPECT_EQ(job.line, 3);
+    }
+    // Not in a box: of a batch system, and of the archive entry.
+    const gaussian::log_job job = read(" ------\n\n # not a route\n------\n# nor this\n" + rest).log.job;
+    EXPECT_EQ(job.route, twin_job().route);
+    EXPECT_EQ(job.line, 0);
+}
+
+TEST(gaussian_log, an_atom_without_a_nucleus_has_a_type_of_its_own) {
+    twin_job twin = water_job();
+    twin.archive = false;
+    const std::string text = log_text({.jobs = {twin}});
+    for (const char* type : {"1000", "1999"}) {
+        std::string row = "      3          1           0 ";
+        row.replace(row.size() - 5, 4, type);
+        const gaussian::log_job job = read(replaced(text, "      3          1           0 ", row)).log.job;
+        EXPECT_EQ(job.ghosts, 1) << type;
+        EXPECT_EQ(job.typed, 0) << type;
+        EXPECT_EQ(job.molecule.numbers, (std::vector<int>{8, 1})) << type;
+    }
+    const gaussian::log_job job =
+        read(replaced(text, "      3          1           0 ", "      3          1        2000 ")).log.job;
+    EXPECT_EQ(job.ghosts, 0);
+    EXPECT_EQ(job.typed, 1);
+}
+
 TEST(gaussian_log, the_energy_is_that_of_the_highest_level) {
     twin_job twin = water_job();
     twin.correlation = 0.25;
@@ -345,6 +436,16 @@ TEST(gaussian_log, centres_that_are_no_atoms_are_counted_and_left_out) {
     EXPECT_EQ(job.vectors, 1);
     EXPECT_EQ(job.forces_problem, "job.log: expected a table of forces, found none");
     const std::string text = log_text({.jobs = {water_job()}});
+    const std::string none =
+        replaced(replaced(text, "      1          8           0 ", "      1         -1           0 "),
+                 "Input orientation:", "Z-Matrix orientation:");
+    std::string bare = none;
+    for (const char* row : {"      2          1           0 ", "      3          1           0 "}) {
+        bare = replaced(bare, row, std::string(row).replace(16, 2, "-1"));
+    }
+    EXPECT_EQ(support::stopped_with([&] { read(bare); }),
+              "job.log:" + std::to_string(line_of(bare, " Center     Atomic      Atomic")) +
+                  ": expected a table with atoms, found none|standard error|2");
     const std::string typed = replaced(text, "      1          8           0 ", "      1          8    10001001 ");
     EXPECT_EQ(read(typed).log.job.typed, 1);
     EXPECT_EQ(read(text).log.job.typed, 0);

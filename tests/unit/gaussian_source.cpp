@@ -35,6 +35,10 @@ TEST(gaussian_source, kinds) {
     EXPECT_EQ(kind("\n  \n" + input), source_kind::input);
     EXPECT_EQ(kind("\xef\xbb\xbf\r\n#p hf/3-21g\r\n"), source_kind::input);
     EXPECT_EQ(kind("! a comment\n" + input), source_kind::input);
+    EXPECT_EQ(kind("$RunGauss\n" + input), source_kind::input);
+    EXPECT_EQ(kind(" --LINK1--\n" + input), source_kind::input);
+    EXPECT_EQ(kind(log.substr(log.find(" -----"))), source_kind::log);
+    EXPECT_EQ(kind(" ----\n Cite this work as:\n Gaussian 16\n"), source_kind::log);
     EXPECT_EQ(kind(input + " SCF Done: as a title\n"), source_kind::input);
     for (const char* title : {"twin", "# a title", "%", "12"}) {
         checkpoint.title = title;

@@ -41,10 +41,10 @@ TEST(read_forces, refusals) {
         {"1 2 1e999\n", "a.forces:1: expected three numbers, 'energy' or 'dipole', found '1 2 1e999'"},
         {"1 2 ****\n", "a.forces:1: expected three numbers, 'energy' or 'dipole', found '1 2 ****'"},
         {"#\nEnergy 1\n", "a.forces:2: expected three numbers, 'energy' or 'dipole', found 'Energy 1'"},
-        {"energy\n", "a.forces:1: expected a number behind 'energy', found 'energy'"},
-        {"energy 1 2\n", "a.forces:1: expected a number behind 'energy', found 'energy 1 2'"},
+        {"energy\n", "a.forces:1: expected a number after 'energy', found 'energy'"},
+        {"energy 1 2\n", "a.forces:1: expected a number after 'energy', found 'energy 1 2'"},
         {"energy 1\nenergy 1\n", "a.forces:2: expected one energy, found 'energy 1'"},
-        {"dipole 1 2\n", "a.forces:1: expected three numbers behind 'dipole', found 'dipole 1 2'"},
+        {"dipole 1 2\n", "a.forces:1: expected three numbers after 'dipole', found 'dipole 1 2'"},
         {"dipole 1 2 3\ndipole 1 2 3\n", "a.forces:2: expected one dipole, found 'dipole 1 2 3'"},
     };
     for (const auto& row : rows) {

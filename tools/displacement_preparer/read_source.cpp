@@ -10,6 +10,7 @@
 #include "gaussian/lines.hpp"
 #include "gaussian/log.hpp"
 #include "gaussian/read_input.hpp"
+#include "gaussian/route.hpp"
 #include "gaussian/source.hpp"
 #include "gaussian/xyz.hpp"
 #include "source_molecule.hpp"
@@ -36,10 +37,11 @@ std::string made_title(const std::string& name) {
 }
 
 /// Makes a molecule ready that was in no input, with the source's route or the one in its place.
-void make_ready(const options& asked, const std::string& place, const std::string& title,
-                const gaussian::molecule& atoms, source_molecule& result) {
+///   line  in  of the source's route; 0: none
+void make_ready(const options& asked, int line, const std::string& title, const gaussian::molecule& atoms,
+                source_molecule& result) {
     const bool is_replaced = !asked.route.empty();
-    result.ready = gaussian::make_ready(is_replaced ? "the new route" : place,
+    result.ready = gaussian::make_ready(is_replaced ? "the new route" : result.name, is_replaced ? 0 : line,
                                         is_replaced ? asked.route : result.old_route, title, atoms, result.notices);
     result.old_route = result.old_route.empty() ? asked.route : result.old_route;
 }
@@ -66,6 +68,21 @@ void check_centres(const gaussian::log_job& job, const std::string& name) {
     }
 }
 
+/// Stops the run where the last geometry of a log may be a part of the molecule.
+void check_whole(const gaussian::log_job& job, const std::string& name) {
+    if (job.route.empty()) {
+        return;
+    }
+    for (const gaussian::route_keyword& keyword :
+         gaussian::parse_route(job.route, gaussian::place_of(name, job.line)).keywords) {
+        if (keyword.name() == "counterpoise" || keyword.name() == "counter") {
+            stop(name, job.line,
+                 "the last geometry may be that of a fragment, as '" + base::shown(keyword.text) +
+                     "' says; prepare the input of the job instead");
+        }
+    }
+}
+
 /// The route of a log: where Gaussian itself began the job that has the last geometry, that of the job before it.
 void take_log_route(const options& asked, const gaussian::log_contents& log, source_molecule& result) {
     result.old_route = log.job.route;
@@ -82,7 +99,7 @@ void take_log_route(const options& asked, const gaussian::log_contents& log, sou
     if (result.old_route.empty()) {
         stop(result.name, 0, "expected a route, found none; give one with --route");
     }
-    if (gaussian::is_continuation(result.old_route)) {
+    if (gaussian::is_incomplete(result.old_route, gaussian::place_of(result.name, log.job.line))) {
         stop(result.name, log.job.line,
              "the route '" + base::shown(result.old_route, 200) +
                  "' takes method and basis from a checkpoint file; give the route with --route");
@@ -102,6 +119,7 @@ void read_log(const options& asked, gaussian::source& from, source_molecule& res
     }
     result.description += job.geometries > 1 ? ", the last one taken" : "";
     check_centres(job, result.name);
+    check_whole(job, result.name);
     if (!job.has_charge && !(asked.charge && asked.multiplicity)) {
         stop(result.name, job.line,
              "expected charge and multiplicity, found none; give them with --charge and --multiplicity");
@@ -115,7 +133,7 @@ void read_log(const options& asked, gaussian::source& from, source_molecule& res
                                   "one that you want"});
     }
     take_log_route(asked, log, result);
-    make_ready(asked, result.name + ":" + std::to_string(job.line), made_title(result.name), job.molecule, result);
+    make_ready(asked, job.line, made_title(result.name), job.molecule, result);
     if (!result.ready.stands_in_space.empty() && job.in != gaussian::frame::input) {
         stop(result.name, job.geometry_line,
              "'" + base::shown(result.ready.stands_in_space) +
@@ -131,13 +149,16 @@ void read_checkpoint(const options& asked, gaussian::source& from, source_molecu
         stop(result.name, 0,
              "found " + counted(static_cast<int>(found.ghosts.size()), "ghost atom") + ", which cannot be kept");
     }
+    if (found.vectors > 0) {
+        stop(result.name, 0,
+             "found " + counted(found.vectors, "translation vector") + "; only single molecules can be prepared");
+    }
     if (asked.route.empty()) {
         result.old_route = gaussian::checkpoint_route(found, result.name, result.notices);
     } else {
         result.old_route = found.route;
     }
-    make_ready(asked, result.name, found.title.empty() ? made_title(result.name) : found.title, molecule_of(found),
-               result);
+    make_ready(asked, 0, found.title.empty() ? made_title(result.name) : found.title, molecule_of(found), result);
     if (!result.ready.stands_in_space.empty()) {
         stop(result.name, 0,
              "'" + base::shown(result.ready.stands_in_space) +
@@ -154,7 +175,7 @@ void read_xyz(const options& asked, gaussian::source& from, source_molecule& res
         stop(result.name, 0,
              "an xyz file holds no route; give one with --route, for example --route '#p b3lyp/6-31g(d)'");
     }
-    make_ready(asked, result.name, made_title(result.name), found.molecule, result);
+    make_ready(asked, 0, made_title(result.name), found.molecule, result);
 }
 
 /// Puts a number from the command line in place of the source's.
@@ -176,7 +197,8 @@ void check_electrons(const source_molecule& found) {
     if (electrons < unpaired || (electrons - unpaired) % 2 != 0) {
         stop(found.name, 0,
              "a molecule of charge " + std::to_string(atoms.charge) + " has " + std::to_string(electrons) +
-                 " electrons, expected a multiplicity that suits them, found " + std::to_string(atoms.multiplicity));
+                 " electrons, expected a multiplicity that suits them, found " + std::to_string(atoms.multiplicity) +
+                 "; give the right ones with --charge and --multiplicity");
     }
 }
 

@@ -148,10 +148,10 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
          "m:9: expected the connectivity that 'geom=connectivity' asks for, found ' 1 3 1.0'; take the keyword out, or "
          "give its section"},
         {job("# hf/gen freq=(anharmonic,readanharm)", "\nprint=all\n\n" + basis),
-         "m:9: found 'print=all' behind the molecule, and nobody can tell whether it belongs to "
+         "m:9: found 'print=all' after the molecule, and nobody can tell whether it belongs to "
          "'freq=(anharmonic,readanharm)'; take that keyword and its section out"},
         {job("# hf/gen admp=readvelocity", "\n0 0 0\n\n" + basis),
-         "m:9: found '0 0 0' behind the molecule, and nobody can tell whether it belongs to 'admp=readvelocity'; take "
+         "m:9: found '0 0 0' after the molecule, and nobody can tell whether it belongs to 'admp=readvelocity'; take "
          "that "
          "keyword and its sections out"},
         {job("# uff", "", "H-H_ 0 0 0\nH 0 0 .74\n"),
@@ -160,7 +160,7 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
         {job("# hf units=au charge", "\n0 0 5 1\n\n"),
          "m:1: 'charge' may have coordinates in the units of 'units=au'; give the whole input in angstrom"},
         {job("# hf/gen", "\n# from the web\n" + basis),
-         "m:9: found '# from the web' behind the molecule, which would be taken for the route; take the line out"},
+         "m:9: found '# from the web' after the molecule, which would be taken for the route; take the line out"},
         {job("# hf/gen", "\n1 3 0\n6-31G\n****\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n"),
          "m:10: found '1 3 0', whose atom numbers may count dummy atoms, which are left out; name the elements "
          "instead"},
@@ -195,9 +195,9 @@ TEST(make_ready, breaks_a_long_route_between_keywords) {
     EXPECT_EQ(prepare(found).text, found);
     const std::string bracket = "scf=(" + std::string(200, 'x') + " " + std::string(200, 'y') + ")";
     EXPECT_EQ(prepare(job("# " + bracket, "")).text, ready("# " + bracket + "\nforce nosymm"));
-    EXPECT_EQ(prepare(job("# " + bracket + std::string(100, 'z'), "")).text,
+    EXPECT_EQ(prepare(job("# " + bracket + "-" + std::string(100, 'z'), "")).text,
               "expected a line of at most 500 characters in the route, found '# scf=(" + std::string(53, 'x') +
-                  "... (449 more characters)'|standard error|2");
+                  "... (450 more characters)'|standard error|2");
 }
 
 TEST(make_ready, tells_what_stands_in_space) {
@@ -211,13 +211,14 @@ TEST(make_ready, takes_another_route) {
         job("# hf/gen opt=modredundant geom=connectivity", "\n 1 2 1.0\n 2\n\nB 1 2 F\n\n" + basis);
     EXPECT_EQ(prepare(text, "#p b3lyp/sto-3g opt").text, ready("#p b3lyp/sto-3g force nosymm"));
     EXPECT_EQ(prepare(text, "#p b3lyp/sto-3g opt").notices,
-              "14 the sections behind the molecule are left out: the new route asks for none\n");
+              "14 the sections after the molecule are left out: the new route asks for none\n");
     EXPECT_EQ(prepare(text, "#p b3lyp/gen").text, ready("#p b3lyp/gen force nosymm", basis));
     EXPECT_EQ(prepare(text, "#p b3lyp/gen geom=connectivity").text,
               ready("#p b3lyp/gen geom=connectivity force nosymm", " 1 2 1.0\n 2\n\n" + basis));
     EXPECT_EQ(prepare(job("# hf", ""), "# hf/gen").text,
-              "the new route: 'hf/gen' needs a section behind the molecule, found none; prepare the input of the job "
-              "instead, or give a route that needs none|standard error|2");
+              "the new route: 'hf/gen' needs a section after the molecule, found none; prepare the input of the job "
+              "instead, or give a route that needs none with --route, and put keyword and section into the prepared "
+              "input by hand|standard error|2");
     EXPECT_EQ(prepare(job("# g4", ""), "# hf/sto-3g").text, ready("# hf/sto-3g force nosymm"));
     EXPECT_EQ(prepare(job("# hf", ""), "hf").text,
               "the new route: expected a route, which begins with '#', found 'hf'|standard error|2");
@@ -232,20 +233,24 @@ TEST(make_ready, takes_a_molecule_that_was_in_no_input) {
     const auto made = [&](std::string_view route, std::string_view title) {
         std::string text;
         const std::string error = stopped_with(
-            [&] { text = gaussian::write_input(gaussian::make_ready("a.log", route, title, atoms, notices)); });
+            [&] { text = gaussian::write_input(gaussian::make_ready("a.log", 5, route, title, atoms, notices)); });
         return error == "no error" ? text : error;
     };
     EXPECT_EQ(made("#p hf opt freq geom=(check,connectivity)", " t "), ready("#p hf force nosymm"));
     EXPECT_EQ(made("# hf freq=noraman cphf=noread", "t"), ready("# hf cphf=noread force nosymm"));
+    EXPECT_EQ(made("# hf pop=nboread output=wfn", "t"), ready("# hf force nosymm"));
+    EXPECT_EQ(notices.size(), 2U);
     EXPECT_EQ(made("# hf", "#"), "# hf force nosymm\n\n- #\n\n0 1\n" + hydrogen + "\n");
     EXPECT_EQ(made("# hf", " "), "# hf force nosymm\n\nno title\n\n0 1\n" + hydrogen + "\n");
     EXPECT_EQ(
         made("# hf/gen", "t"),
-        "a.log: 'hf/gen' needs a section behind the molecule, found none; prepare the input of the job instead, or "
-        "give a route that needs none|standard error|2");
-    EXPECT_EQ(made("# hf/chkbasis", "t"),
-              "a.log: 'hf/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-              "input|standard error|2");
+        "a.log:5: 'hf/gen' needs a section after the molecule, found none; prepare the input of the job instead, or "
+        "give a route that needs none with --route, and put keyword and section into the prepared input by "
+        "hand|standard error|2");
+    EXPECT_EQ(
+        made("# hf/chkbasis", "t"),
+        "a.log:5: 'hf/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
+        "input|standard error|2");
     atoms.numbers = {1, 119};
     EXPECT_EQ(made("# hf", "t"), "symbol_of: expected an atomic number from 1 to 118, found 119|standard error|2");
     atoms.numbers = {1};

@@ -48,9 +48,12 @@ TEST(read_input, takes_water_as_people_write_it) {
         "O, 0.0, 0.0 ,0.117\nH 0.0 , 0.757 -0.470\nH,0,0.0,-0.757,-0.470\n",
         "O,0,0.,0.,0.117\nH,0,0.,0.757,-0.47\nH,0,0.,-0.757,-0.47\n",
         "8 0.0 0.0 0.117\n1 0.0 0.757 -0.470\n1 0.0 -0.757 -0.470\n",
+        "O1' 0.0 0.0 0.117\nH* 0.0 0.757 -0.470\nH1.a+ 0.0 -0.757 -0.470\n",
         "O1 0.0 0.0 0.117\nH_a 0.0 0.757 -0.470\nHb 0.0 -0.757 -0.470\n",
         "O 0 0.0 0.0 0.117\nH -1 0.0 0.757 -0.470\nH -2 0.0 -0.757 -0.470\n",
         "O-OW--0.8 0.0 0.0 0.117\nH-HW-0.4 0.0 0.757 -0.470\nH-HW-0.4 0.0 -0.757 -0.470\n",
+        "O(Spin=5,QMom=0.1) 0.0 0.0 0.117\nH(GFac=5.58,fragment=1) 0.0 0.757 -0.470\nH(ZEff=1) 0.0 -0.757 -0.470\n",
+        "O 0.0 0.0 zo\nH 0.0 y -zh\nH 0.0 -y -zh\n\nzo 0.117\ny=0.757\nzh = 0.470\ny 0.7570\n",
         "O(Fragment=1) 0.0 0.0 0.117\nH(fragment=1) 0.0 0.757 -0.470\nH(Fragment=2) 0.0 -0.757 -0.470\n",
         ("O(PDBName=O,ResName=HOH,ResNum=1_A) 0.0 0.0 0.117\nH(PDBName=H1, ResName=HOH) 0 0.0 0.757 -0.470\n"
          "H-HW(PDBName=H2) 0.0 -0.757 -0.470\n"),
@@ -173,8 +176,13 @@ TEST(read_input, refuses_with_the_line_and_tells_what_to_do) {
         {"H 0. 0. z\n\nz 1\nz 2\n", "m:9: expected one value for 'z', found a second one"},
         {"H 0. 0. z\n\nA 1 2 F\n", "m:6: expected a value for 'z' below the atoms, found none"},
         {"Q 0 0 0\n", "m:6: expected an element symbol or an atomic number, found 'Q'"},
+        {"O;0.0;0.0;0.117\n", "m:6: expected letters and digits after the symbol of an atom, found 'O;0.0;0.0;0.117'"},
+        {"O=1 0.0 0.0 0.117\n", "m:6: expected letters and digits after the symbol of an atom, found 'O=1'"},
         {"119 0 0 0\n", "m:6: expected an element symbol or an atomic number from 1 to 118, found '119'"},
         {"Carbon 0 0 0\n", "m:6: 'Carbon' may be C or Ca; expected the symbol alone"},
+        {"H(Fragment=1)x 0 0 0\n", "m:6: expected nothing after the ')' of an atom, found 'x'"},
+        {"H 0. 0. r\n\n5 1.0\nr 2.0\n", "m:6: expected a value for 'r' below the atoms, found none"},
+        {"H 0. 0. r\nVariables:\n5 1.0\nr 2.0\n", "m:8: expected the name of a variable, found '5 1.0'"},
         {"Bq 0 0 0\n", "m:6: 'Bq' is a ghost atom, which is no part of a molecule; take it out"},
         {"H-Bq 0 0 0\n", "m:6: 'H-Bq' is a ghost atom, which is no part of a molecule; take it out"},
         {"H-bq(Fragment=1) 0 0 0\n",
@@ -194,6 +202,12 @@ TEST(read_input, refuses_with_the_line_and_tells_what_to_do) {
         {"D 0 0 0\n",
          "m:6: 'D' is an isotope, which does not change the forces; expected the element's symbol alone, and "
          "the isotope to be named when the frequencies are computed"},
+        {"O\nH 1 r 0\n\nr=0.96\n",
+         "m:7: expected the 2 fields of this line of a Z-matrix, or x, y and z with a 0 before them, found 3 fields "
+         "after the label"},
+        {"O\nH 1 1.0\nH 1 1.0 2 90.\nH 1 1 1\n",
+         "m:9: expected the 6 fields of this line of a Z-matrix, or x, y and z with a 0 before them, found 3 fields "
+         "after the label"},
         {"H(ZNuc=1.1) 0 0 0\n",
          "m:6: the parameter 'ZNuc=1.1' of 'H(ZNuc=1.1)' cannot be kept, and the forces may depend "
          "on it; take it out"},
@@ -245,11 +259,21 @@ TEST(read_input, refuses_a_head_that_is_not_whole) {
          "m:5: expected charge and multiplicity, two integers, found '0 1 0'; the title, "
          "which begins on line 3, ends before it"},
         {"# hf opt=(ts\n\nt\n\n0 1\nO 0 0 0\n", "m:1: expected as many '(' as ')' in the route, found 'opt=(ts'"},
+        {"# opt=qst2 hf\n\nt\n\n0 1\nO 0 0 0\n",
+         "m:1: 'opt=qst2' has more than one molecule in the input; prepare the log of the optimisation"},
+        {"# Optimize(QST3,CalcFC) hf\n\nt\n\n0 1\nO 0 0 0\n",
+         "m:1: 'Optimize(QST3,CalcFC)' has more than one molecule in the input; prepare the log of the optimisation"},
+        {"# opt=(path=5) hf\n\nt\n\n0 1\nO 0 0 0\n",
+         "m:1: 'opt=(path=5)' has more than one molecule in the input; prepare the log of the optimisation"},
+        {"%chk=a\n# opt=restart\n",
+         "m:2: the molecule is in a checkpoint file, as the route says; prepare the log of the job that wrote it, or "
+         "its "
+         "formatted checkpoint"},
         {"# hf geom=check\n\nt\n\n0 1\n",
-         "m:1: the molecule is in a checkpoint file, as 'geom' says; prepare the log of "
+         "m:1: the molecule is in a checkpoint file, as the route says; prepare the log of "
          "the job that wrote it, or its formatted checkpoint"},
         {"%chk=a\n# hf Geom(AllCheck)\n",
-         "m:2: the molecule is in a checkpoint file, as 'geom' says; prepare the log of "
+         "m:2: the molecule is in a checkpoint file, as the route says; prepare the log of "
          "the job that wrote it, or its formatted checkpoint"},
         {"# hf extraoverlays\n\n1/2=3\n\nt\n\n0 1\nO 0 0 0\n",
          "m:1: found 'extraoverlays', whose section before the title cannot be kept; take it out"},

@@ -49,6 +49,8 @@ TEST(route, is_taken_apart) {
         {"# scrf=(pcm,solvent=water) iop(3/76=1000000000)",
          "#: scrf[pcm|pcm][solvent|solvent=water] iop[3/76|3/76=1000000000]"},
         {"# irc=(report=(read,x),calcfc)", "#: irc[report|report=(read,x)][calcfc|calcfc]"},
+        {"# opt=(ts)freq hf/6-31g(d)scf=tight", "#: opt[ts|ts] freq hf/6-31g[d|d] scf[tight|tight]"},
+        {"# mp4(sdtq)/6-31g(d) ccsd(t)-f12", "#: mp4[sdtq|sdtq]/6-31g[d|d] ccsd[|(t)-f12]"},
         {"# scf=(a\tb) x", "#: scf[a|a][b|b] x"},
     };
     for (const auto& row : rows) {
@@ -109,6 +111,30 @@ TEST(route, becomes_ready) {
         {"# hf geom=(connectivity,nocrowd,modredundant)", "# hf geom=(connectivity,nocrowd) force nosymm"},
         {"# hf geom=(modredundant,Connect)", "# hf geom=Connect force nosymm"},
         {"# hf geom=modredundant", "# hf force nosymm"},
+        {"# hf geom=(check,notest)", "# hf geom=notest force nosymm"},
+        {"# hf opt=qst3", "# hf force nosymm"},  // of a log: an input with this is refused
+        {"# b3lyp/gen td=(Read,Root=2)",
+         "# b3lyp/gen td=Root=2 force nosymm|'Read' of 'td=(Read,Root=2)' left out: the jobs have no checkpoint file "
+         "to "
+         "read from"},
+        {"# cis(read)/6-31g*",
+         "# cis/6-31g* force nosymm|'read' of 'cis(read)/6-31g*' left out: the jobs have no checkpoint file to read "
+         "from"},
+        {"# ccsd=(t,full,ReadAmplitudes)/gen iop(1/2=3)",
+         "# ccsd=(t,full)/gen iop(1/2=3) force nosymm|'ReadAmplitudes' of 'ccsd=(t,full,ReadAmplitudes)/gen' left out: "
+         "the jobs have no checkpoint file to read from"},
+        {"# nonstd 1/38=1/1; 2//2;",
+         "r:1: 'nonstd' lists overlays, which cannot be kept; give the route of a method with --route|standard "
+         "error|2"},
+        {"# hf ExtraOverlays",
+         "r:1: 'ExtraOverlays' lists overlays, which cannot be kept; give the route of a method with --route|standard "
+         "error|2"},
+        {"# hf guess=(fragment=2)",
+         "r:1: 'guess=(fragment=2)' needs fragments, which cannot be kept; give a route without it with "
+         "--route|standard error|2"},
+        {"# oniom(hf/(3-21g)/x:uff)",
+         "r:1: 'oniom(hf/(3-21g)/x:uff)' needs layers of atoms, which cannot be kept; give the route of one "
+         "method|standard error|2"},
         {"# hf guess=read",
          "# hf force nosymm|'read' of 'guess=read' left out: the jobs have no checkpoint file to read a guess from"},
         {"# hf guess(mix,read)",
@@ -123,12 +149,18 @@ TEST(route, becomes_ready) {
         {"# b3lyp/chkbasis",
          "r:1: 'b3lyp/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
          "input|standard error|2"},
+        {"# b3lyp chkbas",
+         "r:1: 'chkbas' reads a checkpoint file, which the jobs will not have; put what it reads into the "
+         "input|standard error|2"},
         {"# hf scf=restart",
          "r:1: 'scf=restart' reads a checkpoint file, which the jobs will not have; put what it reads into the "
          "input|standard error|2"},
         {"# hf density=checkpoint",
          "r:1: 'density=checkpoint' reads a checkpoint file, which the jobs will not have; put what it reads into the "
          "input|standard error|2"},
+        {"# hf geom=(check,readharmonic)",
+         "r:1: 'geom=(check,readharmonic)' adds a potential that stands in space and cannot be kept; take it "
+         "out|standard error|2"},
         {"# g4",
          "r:1: 'g4' is a compound method, for which there are no forces; give the route of another method|standard "
          "error|2"},
@@ -139,10 +171,8 @@ TEST(route, becomes_ready) {
          "r:1: 'oniom(hf:uff)' needs layers of atoms, which cannot be kept; give the route of one "
          "method|standard error|2"},
         {"# hf counterpoise=2",
-         "r:1: 'counterpoise=2' needs fragments, which cannot be kept; take it out|standard error|2"},
-        {"# hf opt=qst3",
-         "r:1: 'opt=qst3' has more than one molecule in the input; prepare the log of the optimisation|standard "
-         "error|2"},
+         "r:1: 'counterpoise=2' needs fragments, which cannot be kept; give a route without it with "
+         "--route|standard error|2"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(ready(row.text), row.expected) << row.text;
@@ -153,6 +183,39 @@ TEST(route, that_is_ready_stays_as_it_is) {
     for (const char* text : {"#p B3LYP/6-31G(d) geom=(connectivity,nocrowd) SCF=(tight,xqc) force nosymm",
                              "# force NoSymmetry hf/gen pseudo=read", "#T SYMM=NONE FORCE HF/STO-3G"}) {
         EXPECT_EQ(ready(text), text);
+    }
+}
+
+TEST(route, of_a_source_without_sections_has_no_analysis_that_needs_one) {
+    const auto without = [](std::string_view text) {
+        std::vector<gaussian::notice> notices;
+        std::string result = gaussian::text_of(gaussian::without_analysis(parse_route(text, "r:1"), 3, notices));
+        for (const gaussian::notice& told : notices) {
+            result.append("|").append(std::to_string(told.line)).append(told.text.substr(0, told.text.find(" left")));
+        }
+        return result;
+    };
+    EXPECT_EQ(without("# hf pop=nboread"), "# hf|3'nboread' of 'pop=nboread'");
+    EXPECT_EQ(without("# hf Population(Full,NBO7Read,ReadRadii)"),
+              "# hf Population=Full|3'NBO7Read' of 'Population(Full,NBO7Read,ReadRadii)'|3'ReadRadii' of "
+              "'Population(Full,NBO7Read,ReadRadii)'");
+    EXPECT_EQ(without("# hf cphf=(rdfreq,noread)"), "# hf cphf=noread|3'rdfreq' of 'cphf=(rdfreq,noread)'");
+    EXPECT_EQ(without("# output=wfx hf"), "# hf|3'wfx' of 'output=wfx'");
+    EXPECT_EQ(without("# hf output(wfn,pickett)"), "# hf output=pickett|3'wfn' of 'output(wfn,pickett)'");
+    EXPECT_EQ(without("# hf prop=(efg,read) nmr=readatoms"),
+              "# hf prop=efg|3'read' of 'prop=(efg,read)'|3'readatoms' of "
+              "'nmr=readatoms'");
+    for (const char* text : {"# hf/gen pop=(nbo,full) nmr output=pickett", "# hf scrf=(read) pop guess=read"}) {
+        EXPECT_EQ(without(text), text);  // what changes the forces stays
+    }
+}
+
+TEST(route, tells_whether_it_goes_on_with_a_job) {
+    for (const char* text : {"#p restart", "# opt=restart", "# hf freq=(restart)", "# irc(maxpoints=9,Restart)"}) {
+        EXPECT_TRUE(gaussian::is_restart(parse_route(text, "r:1"))) << text;
+    }
+    for (const char* text : {"# hf opt", "# hf scf=restart"}) {
+        EXPECT_FALSE(gaussian::is_restart(parse_route(text, "r:1"))) << text;
     }
 }
 
