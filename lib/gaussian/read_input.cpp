@@ -109,8 +109,9 @@ void refuse_several_molecules(const input& job) {
         if (begins_with(word.name(), "opt") && std::any_of(options.begin(), options.end(), [](const auto& option) {
                 return is_one_of(option.name, {"qst2", "qst3", "path"});
             })) {
-            stop(job, job.route_line,
-                 quoted(word.text) + " has more than one molecule in the input; prepare the log of the optimisation");
+            stop_at(
+                job.name, job.route_line,
+                quoted(word.text) + " has more than one molecule in the input; prepare the log of the optimisation");
         }
     }
 }
