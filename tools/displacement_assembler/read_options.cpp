@@ -79,7 +79,7 @@ std::string read_options(int argc, const char* const* argv, options& asked) {
     const CLI::Option* hessian =
         app.add_option("--hessian", asked.hessian, "write Hessian and dipole derivatives as a formatted checkpoint")
             ->type_name("FILE");
-    if (const std::string text = companion::parse(app, argc, argv); !text.empty()) {
+    if (std::string text = companion::parse(app, argc, argv); !text.empty()) {
         return text;
     }
     if (folder->count() != 0 && asked.folder.empty()) {

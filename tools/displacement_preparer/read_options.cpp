@@ -55,7 +55,7 @@ std::string read_options(int argc, const char* const* argv, options& asked) {
     app.add_option("--charge", asked.charge, "in place of the source's")->type_name("N");
     app.add_option("--multiplicity", asked.multiplicity, "in place of the source's")->type_name("N");
     app.add_flag("--keep-frame", asked.keep_frame, "neither move nor turn the molecule, only make it exact");
-    if (const std::string text = companion::parse(app, argc, argv); !text.empty()) {
+    if (std::string text = companion::parse(app, argc, argv); !text.empty()) {
         return text;
     }
     if (route->count() != 0 && asked.route.empty()) {
