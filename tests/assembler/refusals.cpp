@@ -235,7 +235,7 @@ TEST(refusals, a_checkpoint_that_is_off_by_more_than_its_digits) {
 
 TEST(refusals, of_two_routes_that_occur_as_often_the_first_counts) {
     const good_folder good;
-    for (const char* name : {"coord-1-dy", "coord-1-dz", "coord-2-dx", "coord-2-dy", "coord-2-dz"}) {
+    for (const char* name : {"coord-1-dy", "coord-1-dz", "coord-2-dx", "coord-2-dy", "coord-2+dz"}) {
         replace_in("PES-0/" + std::string(name) + ".log", "b3lyp", "B3PW91");
     }
     const std::string text = refusals_of_run();
