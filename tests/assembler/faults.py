@@ -128,27 +128,50 @@ with folder() as made:
     check("unwritable folder: message", done.stderr, f"{ERROR}m: cannot open for writing: Permission denied\n")
     made.check_untouched("unwritable folder")
 
-# A signal while the table waits in a full pipe, when both temporary files are there already.
+
+
+def wait_with_both(path, prepare=None):
+    """A run whose table waits in a full pipe, when both temporary files are there already. Result: it, and both ends of the pipe."""
+    reader, writer = os.pipe()
+    os.set_blocking(writer, False)
+    try:
+        while True:
+            os.write(writer, b"x" * 4096)
+    except BlockingIOError:
+        os.set_blocking(writer, True)
+    started = subprocess.Popen([assembler, *BOTH], cwd=path, stdout=writer, preexec_fn=prepare)
+    until = time.monotonic() + 30
+    while len(list(path.glob(".displacement_assembler-*"))) < 2 and time.monotonic() < until:
+        time.sleep(0.01)
+    check("temporary files", len(list(path.glob(".displacement_assembler-*"))), 2)
+    time.sleep(0.05)
+    return started, reader, writer
+
+
 for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
     with folder() as made:
-        reader, writer = os.pipe()
-        os.set_blocking(writer, False)
-        try:
-            while True:
-                os.write(writer, b"x" * 4096)
-        except BlockingIOError:
-            os.set_blocking(writer, True)
-        started = subprocess.Popen([assembler, *BOTH], cwd=made.path, stdout=writer)
-        until = time.monotonic() + 30
-        while len(list(made.path.glob(".displacement_assembler-*"))) < 2 and time.monotonic() < until:
-            time.sleep(0.01)
-        check(f"signal {number}: temporary files", len(list(made.path.glob(".displacement_assembler-*"))), 2)
-        time.sleep(0.05)
+        started, reader, writer = wait_with_both(made.path)
         started.send_signal(number)
         check(f"signal {number}: status", started.wait(30), -number)
         os.close(reader)
         os.close(writer)
         made.check_untouched(f"signal {number}")
+
+
+def ignore_hangups():
+    signal.signal(signal.SIGHUP, signal.SIG_IGN)
+    os.umask(0o027)
+
+
+# A signal that is ignored stays so, and the files get what the mask leaves of their modes.
+with folder() as made:
+    started, reader, writer = wait_with_both(made.path, ignore_hangups)
+    started.send_signal(signal.SIGHUP)
+    os.close(writer)
+    with os.fdopen(reader, "rb") as stream:
+        stream.read()
+    check("ignored signal: status", started.wait(30), 0)
+    check("modes of files", {oct((made.path / name).stat().st_mode & 0o777) for name in "mh"}, {"0o640"})
 
 
 def failing(call, way, file="", turn=1):

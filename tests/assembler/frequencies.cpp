@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
 #include <cmath>
 #include <map>
+#include <sstream>
 
 #include "gaussian/checkpoint.hpp"
 #include "model.hpp"
@@ -202,16 +204,102 @@ TEST(frequencies, a_large_force_at_the_reference_is_told) {
     const model molecule = model_here();
     write_logs(molecule);
     support::twin_job job = job_of(molecule, "coord-0-00");
-    job.points[0].forces(2, 0) = -0.0005;
+    job.points[0].forces(2, 0) = -0.00046;
     write_log("coord-0-00", job);
-    const support::outcome done = assemble();
+    const support::outcome done = assemble({"--hessian", "h"});
     EXPECT_EQ(done.status, 0);
-    EXPECT_NE(done.standard_output.find("# largest force at the reference 0.000500000 hartree/bohr: too large, not a "
+    EXPECT_NE(done.standard_output.find("# largest force at the reference 0.000460000 hartree/bohr: too large, not a "
                                         "stationary point\n"),
               std::string::npos);
     EXPECT_EQ(done.standard_error,
               "PES-0/files.out: notice: the largest force at the reference is more than 0.00045 hartree/bohr: this is "
               "not a stationary point, and harmonic frequencies mean little there\n");
+    gaussian::source from("h");
+    EXPECT_EQ(gaussian::read_checkpoint(from).gradient(2, 0), 0.00046);
+}
+
+TEST(frequencies, the_dipole_moment_of_the_reference_is_not_needed) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    write_logs(molecule);
+    support::twin_job job = job_of(molecule, "coord-0-00");
+    job.points[0].dipole.reset();
+    write_log("coord-0-00", job);
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.standard_error, "");
+    expect_textbook(rows_of(done.standard_output), vibrations_of(molecule, isotope_masses(molecule.reference.numbers)));
+}
+
+TEST(frequencies, imaginary_modes_are_counted_and_left_out_of_the_zero_point_energy) {
+    const support::scratch_folder folder;
+    generate("water");
+    model molecule = model_here();
+    for (const char* end : {"without 1 imaginary mode\n", "without 3 imaginary modes\n"}) {
+        const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solved(molecule.hessian);
+        const Eigen::Index size = molecule.hessian.rows();
+        for (Eigen::Index k = size - 3; k < size - (std::string(end).find('1') != std::string::npos ? 2 : 0); ++k) {
+            const Eigen::VectorXd mode = solved.eigenvectors().col(k);
+            molecule.hessian -= 2.0 * std::max(solved.eigenvalues()(k), 0.0) * mode * mode.transpose();
+        }
+        write_logs(molecule);
+        const support::outcome done = assemble();
+        EXPECT_NE(done.standard_output.find(end), std::string::npos) << done.standard_output;
+        const std::vector<table_row> rows = rows_of(done.standard_output);
+        ASSERT_EQ(rows.size(), 3U);
+        double sum = 0.0;
+        for (const table_row& row : rows) {
+            sum += std::max(row.frequency, 0.0) / 2.0 / 219474.6313;
+        }
+        const std::size_t at = done.standard_output.find("energy ", done.standard_output.find("zero-point"));
+        EXPECT_NEAR(std::stod(done.standard_output.substr(at + 7)), sum, 2e-9);
+    }
+}
+
+TEST(frequencies, lengths_in_bohr_are_taken_as_such) {
+    constexpr double bohr = 0.529177210903;
+    const support::scratch_folder folder;
+    generate("water");
+    geometry_file water = read_geometry_file("PES-0/coord-0-00.com");
+    std::ostringstream text;
+    text << std::fixed << "#p hf/3-21g force nosymm units=au\n\nwater\n\n0 1\n";
+    text.precision(8);
+    const char* const symbols[] = {"O", "H", "H"};
+    for (Eigen::Index i = 0; i < 3; ++i) {
+        text << symbols[i] << ' ' << water.positions.col(i).transpose() / bohr << '\n';
+    }
+    support::write_file("mol.gjf", text.str());
+    std::filesystem::remove_all("PES-0");
+    ASSERT_EQ(support::run_program(support::displacement_generator(), {"control"}).status, 0);
+    water = read_geometry_file("PES-0/coord-0-00.com");
+    water.positions *= bohr;
+    const model molecule = make_model(water);
+    for (const std::string& name : names()) {
+        geometry_file moved = read_geometry_file("PES-0/" + name + ".com");
+        moved.positions *= bohr;
+        support::twin_job job = job_of(molecule, name);
+        job.points[0] = molecule.at(moved);
+        write_log(name, job);
+    }
+    const support::outcome done = assemble({"--hessian", "h"});
+    EXPECT_EQ(done.standard_error, "");
+    expect_textbook(rows_of(done.standard_output), vibrations_of(molecule, isotope_masses(water.numbers)));
+    gaussian::source from("h");
+    EXPECT_LT((gaussian::read_checkpoint(from).coordinates * bohr - water.positions).cwiseAbs().maxCoeff(), 1e-7);
+}
+
+TEST(frequencies, one_atom_has_no_modes) {
+    const support::scratch_folder folder;
+    support::write_file("mol.gjf", "#p hf/3-21g force nosymm\n\nneon\n\n0 1\nNe 0 0 0\n\n");
+    support::write_file("control", "&control fxyz = 'mol.gjf', dx = 0.005 /\n");
+    ASSERT_EQ(support::run_program(support::displacement_generator(), {"control"}).status, 0);
+    for (const std::string& name : names()) {
+        support::write_file("PES-0/" + name + ".forces", "0 0 0\n");
+    }
+    const support::outcome done = assemble({"--molden", "m", "--hessian", "h"});
+    EXPECT_EQ(done.status, 0) << done.standard_error;
+    EXPECT_EQ(rows_of(done.standard_output).size(), 0U);
+    EXPECT_NE(done.standard_output.find("# one-atom molecule, masses: most abundant isotopes\n"), std::string::npos);
 }
 
 TEST(frequencies, the_hessian_is_written_as_other_programs_read_it) {

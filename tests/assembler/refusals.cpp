@@ -203,6 +203,49 @@ TEST(refusals, a_log_in_a_turned_frame) {
               "nosymm)\n");
 }
 
+TEST(refusals, only_the_same_molecule_is_said_to_stand_in_another_frame) {
+    const good_folder good;
+    support::twin_job job = job_of(good.molecule, "coord-1-dx");
+    job.archive = false;
+    job.points[0].positions.row(2).array() += 0.05;
+    write_log("coord-1-dx", job);
+    const std::string expected =
+        "PES-0/coord-1-dx.log:16: expected the geometry of the .com with atom 1 at (-0.005000, 0.000000, 0.113809), "
+        "found it at (-0.005000, 0.000000, 0.163809)";
+    EXPECT_EQ(refusals_of_run(), expected + "; the molecule is the same in another frame, compute with nosymm\n");
+    job.points[0].positions(2, 1) -= 0.001;
+    write_log("coord-1-dx", job);
+    EXPECT_EQ(refusals_of_run(), expected + "\n");
+}
+
+TEST(refusals, a_checkpoint_that_is_off_by_more_than_its_digits) {
+    const good_folder good;
+    support::twin_checkpoint checkpoint;
+    checkpoint.numbers = good.molecule.reference.numbers;
+    checkpoint.point = good.molecule.at(read_geometry_file("PES-0/coord-1-dx.com"));
+    std::filesystem::remove("PES-0/coord-1-dx.log");
+    support::write_file("PES-0/coord-1-dx.fchk", support::checkpoint_text(checkpoint));
+    EXPECT_EQ(assemble().status, 0);
+    checkpoint.point.positions(1, 2) += 2e-7;
+    support::write_file("PES-0/coord-1-dx.fchk", support::checkpoint_text(checkpoint));
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.fchk: expected the geometry of the .com with atom 3 at (0.000000, -0.772189, "
+              "-0.455236), found it at (0.000000, -0.772189, -0.455236)\n");
+}
+
+TEST(refusals, of_two_routes_that_occur_as_often_the_first_counts) {
+    const good_folder good;
+    for (const char* name : {"coord-1-dy", "coord-1-dz", "coord-2-dx", "coord-2-dy", "coord-2+dz"}) {
+        replace_in("PES-0/" + std::string(name) + ".log", "b3lyp", "B3PW91");
+    }
+    const std::string text = refusals_of_run();
+    const std::string first =
+        "PES-0/coord-1-dy.log:6: expected the route '#p b3lyp/6-31g(d) force nosymm' as in most files, found '#p "
+        "b3pw91/6-31g(d) force nosymm'\n";
+    EXPECT_EQ(text.substr(0, first.size()), first);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 5);
+}
+
 TEST(refusals, a_log_of_another_step) {
     const good_folder good;
     support::twin_job job = job_of(good.molecule, "coord-1-dx");
@@ -333,15 +376,18 @@ TEST(refusals, without_the_reference_nothing_else_is_looked_at) {
 
 TEST(refusals, geometry_files) {
     const good_folder good;
-    replace_in("PES-0/coord-1-dx.com", "-0.00500000", "-0.00400000");
+    replace_in("PES-0/coord-1-dx.com", "-0.00500000", "-0.00500100");
     replace_in("PES-0/coord-1-dy.com", "0.77218912", "0.77218913");
     replace_in("PES-0/coord-1-dz.com", "b3lyp", "b3pw91");
     replace_in("PES-0/coord-1+dz.com", "0 1\n", "1 2\n");
     replace_in("PES-0/coord-2-dx.com", "   H ", "   F ");
     std::filesystem::remove("PES-0/coord-2-dy.com");
+    replace_in("PES-0/coord-2+dy.com", "0 1\n", "2 1\n");
+    replace_in("PES-0/coord-2-dz.com", "0.11380895\n", "0.11380895 7\n");
+    replace_in("PES-0/coord-2+dz.com", "\n\n\n", "\n   H 0 0 9\n\n");
     EXPECT_EQ(refusals_of_run(),
               "PES-0/coord-1-dx.com:7: expected x of atom 1 to be moved by -0.00500000 from the reference, found "
-              "-0.00400000\n"
+              "-0.00500100\n"
               "PES-0/coord-1-dy.com:8: expected y of atom 2 to be moved by 0.00000000 from the reference, found "
               "0.00000001\n"
               "PES-0/coord-1-dz.com:2: expected the route '#p b3lyp/6-31g(d) force nosymm' of the reference, found '#p "
@@ -349,7 +395,11 @@ TEST(refusals, geometry_files) {
               "PES-0/coord-1+dz.com:6: expected charge 0 and multiplicity 1 of the reference, found 1 and 2\n"
               "PES-0/coord-2-dx.com:8: expected atom 2, H, found 'F               -0.00500000    0.77218912   "
               "-0.45523579'\n"
-              "PES-0/coord-2-dy.com: cannot open: No such file or directory\n");
+              "PES-0/coord-2-dy.com: cannot open: No such file or directory\n"
+              "PES-0/coord-2+dy.com:6: expected charge 0 and multiplicity 1 of the reference, found 2 and 1\n"
+              "PES-0/coord-2-dz.com:7: expected three coordinates of atom 1, found 'O                0.00000000    "
+              "0.00000000    0.11380895 7'\n"
+              "PES-0/coord-2+dz.com:10: expected a blank line after 3 atoms, found 'H 0 0 9'\n");
 }
 
 TEST(refusals, a_log_that_is_cut_gives_no_result) {
@@ -421,6 +471,21 @@ TEST(refusals, a_list_that_does_not_agree_with_itself) {
               " "
               "   10       1       E'"},
              {"      10  2+dy           T", "      10  2-dy           T", "52: expected the name 2+dy, found '2-dy'"},
+             {"                    coord-1-dx\n", "                    coord-1/dx\n",
+              "5: expected the name of a geometry file, coord-..., found '                    coord-1/dx'"},
+             {"Operation         1         E", "Operation         1       C2z",
+              "18: expected the operation E first, found 'C2z'"},
+             {"       2      H        1       2 ", "       2      H        1       3 ",
+              "37: expected atom 2 as its own image under E, found '3'"},
+             {"       2  1+dx           F       1 ", "       2  1+dx           F       2 ",
+              "44: expected another point than 2, which is not computed, as m, found '       2  1+dx           F       "
+              "2       2     C2z'"},
+             {"       2  1+dx           F       1 ", "       2  1+dx           F       0 ",
+              "44: expected a number from 1 to 18 as m, found '0'"},
+             {"       5  1-dz           T", "       5  1-dz           G", "47: expected T or F as is_calc, found 'G'"},
+             {"      14  3+dx           F       7       2     C2z",
+              "      14  3+dx           F      13       4     Syz",
+              "60: expected computed points as m, found point 13 for point 14"},
              {"End_vesk_info\n", "",
               "60: expected 'End_vesk_info', found the end of the list; displacement_generator did "
               "not finish, or the list was cut"},
@@ -432,6 +497,26 @@ TEST(refusals, a_list_that_does_not_agree_with_itself) {
         EXPECT_EQ(refusals_of_run(2),
                   "displacement_assembler: error: PES-0/files.out:" + std::string(one.message) + "\n");
     }
+}
+
+TEST(refusals, a_list_with_a_name_too_many) {
+    const good_folder good;
+    replace_in("PES-0/files.out", "files:     10", "files:     11");
+    replace_in("PES-0/files.out", "points:         9", "points:        10");
+    replace_in("PES-0/files.out", "Begin_vesk_info", "                    coord-3-dx\nBegin_vesk_info");
+    EXPECT_EQ(refusals_of_run(2),
+              "displacement_assembler: error: PES-0/files.out:61: expected a computed point for each name, found none "
+              "for coord-3-dx\n");
+}
+
+TEST(refusals, a_list_that_carries_an_atom_onto_one_of_another_element) {
+    const good_folder good;
+    replace_in("PES-0/files.out", "8       1       1 ", "8       1       2 ");
+    replace_in("PES-0/files.out", "1       2       3 ", "1       2       1 ");
+    replace_in("PES-0/files.out", "1       3       2 ", "1       3       3 ");
+    EXPECT_EQ(refusals_of_run(2),
+              "displacement_assembler: error: PES-0/files.out:38: expected C2z to carry atoms onto those of the same "
+              "element, found atom 1 carried onto atom 2\n");
 }
 
 TEST(refusals, a_list_that_is_cut_gives_no_result) {

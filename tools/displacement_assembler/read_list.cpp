@@ -27,7 +27,7 @@ constexpr std::string_view directions = "xyz";
 std::string table_entry(const base::text<3>& entry) { return std::string(gaussian::without_blanks(entry.trimmed())); }
 
 /// A chemical symbol as Gaussian takes the first word of an atom line: also an atomic number, or a symbol with a name
-/// behind it. Result: 0 where it is none.
+/// after it. Result: 0 where it is none.
 int number_of_label(std::string_view label) {
     int number = 0;
     if (base::read_integer(label, number) == base::number_status::ok) {

@@ -139,7 +139,7 @@ void gathering::check_routes() {
     }
     found_.route = usual->route;
     for (summary& one : summaries_) {
-        if (!one.route.empty() && one.route != usual->route && one.refusal.empty()) {
+        if (!one.route.empty() && one.route != usual->route) {
             one.refusal = one.route_place + ": expected the route '" + base::shown(usual->route, 200) +
                           "' as in most files, found '" + base::shown(one.route, 200) + "'";
         }
