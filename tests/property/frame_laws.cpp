@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <Eigen/Eigenvalues>
 #include <Eigen/LU>
 #include <algorithm>
 #include <cmath>
@@ -143,6 +144,62 @@ TEST(frame_laws, every_tolerance_is_kept) {
             EXPECT_EQ(prepared_rightly(point_groups::moved(source, random), row.tolerance), fewest);
         }
     }
+}
+
+/// What is left between the images and the atoms that they stand for, at the most, when an operation of the perfect
+/// molecule is laid through the shaken one by least squares.
+///   direction  out  of its axis or across its plane
+double left_over(const molecule& perfect, const Eigen::Matrix3Xd& shaken, const Eigen::Matrix3d& operation,
+                 Eigen::Vector3d& direction) {
+    const Eigen::Matrix3Xd images = operation * perfect.positions;
+    Eigen::Matrix3Xd partners(3, images.cols());
+    for (int i = 0; i < images.cols(); ++i) {
+        Eigen::Index partner = 0;
+        (perfect.positions.colwise() - images.col(i)).colwise().norm().minCoeff(&partner);
+        partners.col(i) = shaken.col(partner);
+    }
+    const Eigen::Matrix3d products = shaken * partners.transpose();
+    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(products + products.transpose());
+    const bool is_axis = operation.determinant() > 0.0;
+    direction = solver.eigenvectors().col(is_axis ? 2 : 0);
+    const Eigen::Matrix3d half_turn = 2.0 * direction * direction.transpose() - Eigen::Matrix3d::Identity();
+    return ((is_axis ? 1.0 : -1.0) * half_turn * shaken - partners).colwise().norm().maxCoeff();
+}
+
+TEST(frame_laws, every_axis_and_plane_that_holds_is_found) {
+    engine random(77);
+    constexpr double reach = 0.02;
+    int holding = 0;
+    int near_the_edge = 0;
+    for (const char* name : {"Cs", "C2", "C2v", "C3v", "D2d", "D3h", "D5h", "Td", "Oh"}) {
+        const point_groups::named_group& group = point_groups::group(name);
+        for (int count = 0; count < 40; ++count) {
+            molecule perfect = point_groups::molecule_of(group, 2, random);
+            perfect.positions.colwise() -= Eigen::Vector3d(perfect.positions.rowwise().mean());
+            molecule source = perfect;
+            point_groups::shake(source, reach * (0.3 + 0.015 * count), random);
+            source.positions.colwise() -= Eigen::Vector3d(source.positions.rowwise().mean());
+            const frame::symmetry_elements found = frame::find_elements(source.kinds, source.positions, reach);
+            for (const Eigen::Matrix3d& g : group.operations) {
+                if ((g * g - Eigen::Matrix3d::Identity()).norm() > 1e-9 || std::abs(g.trace()) > 2.0) {
+                    continue;  // neither an axis of order 2 nor a plane
+                }
+                Eigen::Vector3d direction;
+                const double left = left_over(perfect, source.positions, g, direction);
+                const bool is_there =
+                    std::any_of(found.directions.begin(), found.directions.end(), [&](const frame::element& known) {
+                        return (g.determinant() > 0.0 ? known.axis : known.plane) &&
+                               known.direction.cross(direction).norm() <= found.angle;
+                    });
+                EXPECT_TRUE(is_there || left > 0.9999 * reach) << name << " " << count << " " << left;
+                EXPECT_TRUE(!is_there || left < 1.0001 * reach) << name << " " << count << " " << left;
+                holding += left < reach ? 1 : 0;
+                near_the_edge += left < reach && left > 0.9 * reach ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_GT(holding, 300);
+    EXPECT_GT(near_the_edge, 100);
 }
 
 TEST(frame_laws, molecules_on_a_line_are_prepared_for_the_fewest_displacements) {
