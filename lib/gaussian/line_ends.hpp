@@ -40,6 +40,9 @@ class line_ends {
 
   private:
     const char* next_of_rest() {
+        if (at_ == end_) {
+            return nullptr;  // of no text at all
+        }
         const auto* feed = static_cast<const char*>(std::memchr(at_, '\n', static_cast<std::size_t>(end_ - at_)));
         at_ = feed == nullptr ? end_ : feed + 1;
         return feed;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <Eigen/Geometry>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -223,6 +224,39 @@ TEST(frame, a_molecule_is_made_as_symmetric_as_the_tolerance_allows) {
     }
 }
 
+TEST(frame, atoms_are_on_a_line_within_half_the_tolerance) {
+    for (const auto& [aside, extent] :
+         {std::pair(0.0049, frame::extent::line), std::pair(0.0052, frame::extent::space)}) {
+        // Aside to either side at either end, so that neither centroid nor line is moved.
+        const molecule source =
+            make({{8, {aside, 0, 1}}, {8, {-aside, 0, 1}}, {8, {-aside, 0, -1}}, {8, {aside, 0, -1}}});
+        EXPECT_EQ(frame::find_elements(source.kinds, source.positions, tolerance).atoms, extent) << aside;
+    }
+    const molecule point = make({{8, {0, 0, 0.0049}}, {8, {0, 0, -0.0049}}});
+    EXPECT_EQ(frame::find_elements(point.kinds, point.positions, tolerance).atoms, frame::extent::point);
+    EXPECT_EQ(frame::find_elements(point.kinds, 1.1 * point.positions, tolerance).atoms, frame::extent::line);
+}
+
+// Each atom is off its partner's image by `off`, the two references among them, in a way that neither turns nor moves
+// the plane.
+TEST(frame, references_may_both_be_off_by_the_tolerance) {
+    for (const auto& [off, holds] : {std::pair(0.0099, true), std::pair(0.0101, false)}) {
+        const molecule source = make({{8, {2, 1, 1}},
+                                      {8, {-2 - off, 1, 1}},
+                                      {9, {2, 1, -1}},
+                                      {9, {-2 + off, 1, -1}},  //
+                                      {7, {2, -1, 1}},
+                                      {7, {-2 + off, -1, 1}},
+                                      {6, {2, -1, -1}},
+                                      {6, {-2 - off, -1, -1}}});
+        const frame::symmetry_elements found = frame::find_elements(source.kinds, source.positions, tolerance);
+        const bool has_plane =
+            std::any_of(found.directions.begin(), found.directions.end(),
+                        [](const frame::element& e) { return e.plane && std::abs(e.direction.x()) > 0.99; });
+        EXPECT_EQ(has_plane, holds) << off;
+    }
+}
+
 TEST(frame, keep_frame_neither_shifts_nor_turns) {
     const molecule source = make({{8, {0, 0.3, 0.5}}, {1, {0.7601, 0.59, 0.5}}, {1, {-0.76, 0.59, 0.5}}});
     const frame::frame_result result = frame::keep_frame(source.kinds, source.positions, tolerance);
@@ -259,6 +293,22 @@ TEST(frame, no_atoms_are_merged) {
     const frame::frame_result result = frame::keep_frame(source.kinds, source.positions, tolerance);
     EXPECT_EQ(result.group, c1);
     EXPECT_EQ(result.positions, source.positions);
+}
+
+TEST(frame, no_atoms_come_to_less_than_half_their_distance) {
+    // The plane x = 0 takes what differs in x from the two atoms of other kinds.
+    for (const auto& [apart, group] : {std::pair(0.004, c1), std::pair(0.006, cs)}) {
+        const molecule source = make(
+            {{6, {0.0045, 1, 0}}, {1, {-0.0045, 1 + apart, 0}}, {8, {0, 0, 0}}, {9, {0, -1, 1}}, {17, {0, -1, 3}}});
+        EXPECT_EQ(frame::keep_frame(source.kinds, source.positions, tolerance).group, group) << apart;
+    }
+}
+
+TEST(frame, a_molecule_within_the_last_digits_of_its_frame_is_not_turned) {
+    const molecule source = make({{8, {0, 0, 0.11}}, {1, {0, 0.757, -0.44}}, {1, {0, -0.7570002, -0.4400001}}});
+    const frame::frame_result result = frame::prepare(source.kinds, source.positions, tolerance);
+    EXPECT_EQ(result.rotation, Eigen::Matrix3d::Identity());
+    EXPECT_EQ(result.computed, 9);
 }
 
 std::string message_of(const std::vector<int>& kinds, const Eigen::Matrix3Xd& positions, double within) {

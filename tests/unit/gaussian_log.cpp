@@ -377,9 +377,36 @@ TEST(gaussian_log, a_terse_log_with_a_z_matrix) {
     EXPECT_EQ(typed.molecule.positions(2, 1), 0.97);
     EXPECT_EQ(typed.molecule.charge, -1);
     EXPECT_EQ(typed.molecule.multiplicity, 2);
+    const gaussian::log_job heavy =
+        read(terse("0,1\\O(Iso=18),0.,0.,0.\\H(Iso=2,Spin=2),-1,0.,0.,0.97\\H(Iso=2),0.97,0.,0.")).log.job;
+    EXPECT_EQ(heavy.molecule.numbers, water);
+    EXPECT_LE(
+        difference(heavy.molecule.positions, (Eigen::Matrix3Xd(3, 3) << 0, 0, 0.97, 0, 0, 0, 0, 0.97, 0).finished()),
+        1e-12);
     for (const char* molecule : {"0,1\\O\\H-Bq,1,0.97", "0,1\\O\\H,1,r", "0,1\\O,0.,0.,0.\\Tv,0.,0.,9."}) {
         EXPECT_EQ(read(terse(molecule)).log.job.number, 0) << molecule;
     }
+}
+
+TEST(gaussian_log, the_first_charge_is_that_of_the_molecule) {
+    const std::string text = log_text({.jobs = {water_job()}});
+    const std::string line = " Charge =  0 Multiplicity = 1\n";
+    const gaussian::log_job job =
+        read(replaced(text, line,
+                      " Charge = -1 Multiplicity = 2 in supermolecule\n Charge =  1 Multiplicity = 4 in fragment\n"))
+            .log.job;
+    EXPECT_EQ(job.molecule.charge, -1);
+    EXPECT_EQ(job.molecule.multiplicity, 2);
+}
+
+TEST(gaussian_log, an_archive_entry_that_differs_from_a_standard_orientation_is_not_taken) {
+    twin_job twin = water_job();
+    twin.route = "#p hf/3-21g";
+    twin.standard = some_turn();
+    twin.input_tables = false;
+    const std::string text = log_text({.jobs = {twin}});
+    EXPECT_EQ(read(text).log.job.decimals, 10);
+    EXPECT_EQ(read(replaced(text, "0.1234567891", "0.1235067891")).log.job.decimals, 6);  // 5e-5 off
 }
 
 TEST(gaussian_log, a_route_is_found_in_its_box) {
@@ -470,6 +497,20 @@ TEST(gaussian_log, asterisks_in_the_last_geometry_stop_the_run_at_their_line) {
     EXPECT_EQ(support::stopped_with([&] { read(text); }), "job.log:" + std::to_string(line_of(text, row)) +
                                                               ": expected an atom's number and position, found '" +
                                                               row + "'|standard error|2");
+}
+
+TEST(gaussian_log, a_row_of_another_element_or_out_of_order_stops_the_run) {
+    twin_job twin = water_job();
+    twin.archive = false;
+    const std::string text = log_text({.jobs = {twin}});
+    const std::string row = "      2          1           0 ";
+    const std::string heaviest = replaced(text, row, "      2        118           0 ");
+    EXPECT_EQ(read(heaviest).log.job.molecule.numbers, (std::vector<int>{8, 118, 1}));
+    for (const char* wrong :
+         {"      2        119           0 ", "      1          1           0 ", "      2         -3           0 "}) {
+        const std::string message = support::stopped_with([&] { read(replaced(text, row, wrong)); });
+        EXPECT_NE(message.find("expected an atom's number and position, found '"), std::string::npos) << wrong;
+    }
 }
 
 TEST(gaussian_log, asterisks_in_an_earlier_geometry_do_not) {

@@ -97,6 +97,9 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
          ready("# hf/gen geom=connectivity force nosymm", connectivity + basis)},
         {job("# hf/gen freq=readisotopes opt=readfreeze", "\n1 2\n\n298.15 1.0\n1\n2\n\n" + basis),
          ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen opt=rdopt", "\n1\n\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen opt=rdfre", "\n1\n\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen opt=rdfrozen freq=rdiso", "\n1\n\n298 1\n\n" + basis), ready("# hf/gen force nosymm", basis)},
         {job("# hf charge freq=readiso", "\n298 1\n1\n1\n\n0 0 5 1\n\n"),
          ready("# hf charge force nosymm", "0 0 5 1\n\n")},
         {job("# hf irc=(report=read,calcfc)", "\n1 2\n\n"), ready("# hf force nosymm")},
@@ -116,6 +119,26 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         EXPECT_EQ(again.text, found) << row.text;
         EXPECT_EQ(again.notices, "") << row.text;
     }
+}
+
+TEST(make_ready, leaves_out_link_0_lines_that_name_a_file) {
+    for (const char* key : {"chk", "OldChk", "schk", "rwf", "int", "d2e", "scr", "save", "kjob", "oldmatrix",
+                            "oldrawmatrix", "errorsave"}) {
+        EXPECT_EQ(prepare(std::string(" %").append(key).append(" = a\n") + job("# hf", "")).text,
+                  ready("# hf force nosymm"))
+            << key;
+    }
+    for (const char* line : {"%mem=1GB", "%NProcShared=4", "%nosave", "%CPU=0-3", "%checkpointing"}) {
+        EXPECT_EQ(prepare(std::string(line).append("\n") + job("# hf", "")).text,
+                  std::string(line).append("\n") + ready("# hf force nosymm"));
+    }
+}
+
+TEST(make_ready, keeps_numbers_that_are_none_of_atoms) {
+    EXPECT_EQ(prepare(job("# hf guess=alter", "\n1 2\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n")).text,
+              "# hf guess=alter force nosymm\n\nt\n\n0 1\n"
+              "   H                0.00000000    0.00000000    0.00000000\n"
+              "   H                0.74000000    0.00000000    0.00000000\n\n1 2\n\n");
 }
 
 TEST(make_ready, leaves_the_connectivity_of_dummy_atoms_out) {

@@ -179,6 +179,15 @@ TEST(route, becomes_ready) {
     }
 }
 
+TEST(route, has_no_other_job_type_when_it_is_ready) {
+    for (const char* type :
+         {"sp",   "SinglePoint", "opt",  "fopt", "popt",         "optimize", "freq",   "frequencies", "irc", "IRCMax",
+          "scan", "polar",       "admp", "bomd", "trajectories", "forces",   "volume", "eet",         "lst", "LSTA"}) {
+        EXPECT_EQ(ready(std::string("# hf ").append(type)), "# hf force nosymm") << type;
+        EXPECT_EQ(ready(std::string("# ").append(type).append("=(x,y) hf")), "# hf force nosymm") << type;
+    }
+}
+
 TEST(route, that_is_ready_stays_as_it_is) {
     for (const char* text : {"#p B3LYP/6-31G(d) geom=(connectivity,nocrowd) SCF=(tight,xqc) force nosymm",
                              "# force NoSymmetry hf/gen pseudo=read", "#T SYMM=NONE FORCE HF/STO-3G"}) {
