@@ -102,7 +102,7 @@ std::string need() {
 }
 
 bool find_plain_user(std::string& prefix) {
-    prefix = ::geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
+    prefix = ::geteuid() == 0 ? "setpriv --bounding-set=-dac_override,-dac_read_search " : "";
     return run_in_shell(prefix + "test -x \"$0\"").status == 0;
 }
 

@@ -54,8 +54,8 @@ void expect_stopped(const support::outcome& result, const std::string& message);
 /// The end of a message about a device without room: what the whole run needs, as the files of a good run have it.
 std::string need();
 
-/// What runs the program, in a line of sh, as somebody who may not do what root may do; blank where that is so anyway.
-/// Result: false where there is nobody like that, or where the program is out of reach for them.
+/// What runs the program, in a line of sh, without the right of root to read and write everything; blank for others.
+/// Result: false where that right cannot be taken away.
 bool find_plain_user(std::string& prefix);
 
 /// The line that the program prints for a message on standard error.
