@@ -8,9 +8,7 @@ fail.
 import errno
 import os
 import pathlib
-import pty
 import resource
-import select
 import signal
 import subprocess
 import sys
@@ -170,16 +168,6 @@ def failing(call, way, file="", turn=1):
     return {"LD_PRELOAD": preload, "ASAN_OPTIONS": "verify_asan_link_order=0", "FAILING_CALL": call, "FAILING_WAY": str(way), "FAILING_FILE": file, "FAILING_TURN": str(turn)}
 
 
-def progress_of(path, stderr):
-    """A run that is stopped for more than a second at its second result."""
-    started = subprocess.Popen([assembler], cwd=path, stdout=subprocess.DEVNULL, stderr=stderr,
-                               env={**os.environ, **failing("open", "stopped", "PES-0/coord-1-dx.forces")})
-    until = time.monotonic() + 30
-    while pathlib.Path(f"/proc/{started.pid}/stat").read_text().rsplit(") ", 1)[1][0] != "T" and time.monotonic() < until:
-        time.sleep(0.01)
-    return started
-
-
 # Of both files the first, then the second.
 temporary = "./.displacement_assembler-XXXXXX"
 with folder() as made:
@@ -213,22 +201,6 @@ for way in ("interrupted", "half", "byte"):
         subprocess.run([assembler, *BOTH], cwd=made.path, stdout=subprocess.DEVNULL, check=True,
                        env={**os.environ, **failing("write", way, temporary, 0)})
         check(f"write {way}", made.files(), good)
-
-# Where a terminal is standard error, a line tells what is read once this takes longer than a second.
-with folder() as made:
-    reader, writer = os.pipe()
-    master, slave = pty.openpty()
-    started = [progress_of(made.path, stream) for stream in (writer, slave)]
-    time.sleep(1.1)
-    for process in started:
-        process.send_signal(signal.SIGCONT)
-        check("progress: status", process.wait(30), 0)
-    check("progress: on a terminal", os.read(master, 4096) if select.select([master], [], [], 1)[0] else b"",
-          b"\rread 2 of 10\r            \r")
-    os.close(writer)
-    check("progress: elsewhere", os.read(reader, 4096), b"")
-    for descriptor in (reader, master, slave):
-        os.close(descriptor)
 
 for line in wrong:
     print(line)
