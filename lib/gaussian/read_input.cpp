@@ -77,7 +77,7 @@ void read_route(cursor& here, input& job) {
         }
         if (!job.route_text.empty()) {
             job.route_text += ' ';
-            text.remove_prefix(text.starts_with('#') ? 1 : 0);
+            text.remove_prefix(head_size(text));
         }
         job.route_text += text;
     }

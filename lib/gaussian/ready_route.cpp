@@ -100,6 +100,8 @@ void claim_job_option(std::vector<section_claim>& claims, const route_keyword& k
         claim(claims, isotopes_place, keyword, fate::removed);
     } else if (is_one_of(keyword.name(), {"admp", "bomd"}) || keyword.name().starts_with("traj")) {
         claim(claims, trajectory_place, keyword, fate::unknown_count);
+    } else if (begins_with_any(option.name, {"modred", "addred"})) {
+        claim(claims, modredundant_place, keyword, fate::removed);
     } else if (option.name == "report" && lower(option.text).find("read") != std::string::npos) {
         claim(claims, path_place, keyword, fate::removed);
     } else if (reads_late_section(option)) {
@@ -152,6 +154,13 @@ void check_keyword(const route_keyword& keyword, const std::string& place) {
     if (std::any_of(keyword.parts.begin(), keyword.parts.end(),
                     [](const route_part& part) { return is_compound_method(part.name); })) {
         refuse(place, shown + " is a compound method, for which there are no forces; give the route of another method");
+    }
+    if (keyword.name() == "charge" &&
+        std::any_of(keyword.parts.front().options.begin(), keyword.parts.front().options.end(),
+                    [](const route_option& option) { return option.name.starts_with("stan"); })) {
+        refuse(place, shown +
+                          " has its charges in the standard orientation, which the jobs will not have; give them in "
+                          "the frame of the input");
     }
     if (keyword.name() == "oniom") {
         refuse(place, shown + " needs layers of atoms, which cannot be kept; give the route of one method");
@@ -363,7 +372,8 @@ route without_analysis(const route& job, int line, std::vector<notice>& notices)
 
 route ready_route(const route& job, bool keep_connectivity, const std::string& place, int line,
                   std::vector<notice>& notices) {
-    route ready{job.head, {}};
+    // What "#t" leaves out of a log may be what is needed of it.
+    route ready{lower(job.head) == "#t" ? "#" : job.head, {}};
     bool has_force = false;
     bool has_nosymm = false;
     for (const route_keyword& keyword : job.keywords) {

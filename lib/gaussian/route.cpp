@@ -108,17 +108,39 @@ route_part part_of(std::string_view text) {
     return part;
 }
 
+/// Stops the run at a text between quotation marks that would be taken apart. A mark elsewhere is a prime.
+void check_quoted(std::string_view text, const std::string& place) {
+    for (std::size_t i = 1; i < text.size(); ++i) {
+        if ((text[i] != '\'' && text[i] != '"') || (text[i - 1] != '=' && text[i - 1] != '(')) {
+            continue;
+        }
+        const std::string_view quoted = text.substr(i, text.find(text[i], i + 1) - i);
+        if (quoted.find_first_of(" \t") != std::string_view::npos) {
+            throw base::run_error(place + ": expected no blanks between quotation marks in the route, found '" +
+                                  base::shown(quoted.substr(1)) + "'; call a script without arguments");
+        }
+    }
+}
+
 }  // namespace
+
+std::size_t head_size(std::string_view line) {
+    if (!line.starts_with('#')) {
+        return 0;
+    }
+    const bool has_letter = line.size() > 1 && std::string_view("pntPNT").find(line[1]) != std::string_view::npos &&
+                            (line.size() == 2 || is_separator(line[2]));
+    return has_letter ? 2 : 1;
+}
 
 route parse_route(std::string_view text, const std::string& place) {
     text = stripped(text);
     if (text.empty() || text.front() != '#') {
         throw base::run_error(place + ": expected a route, which begins with '#', found '" + base::shown(text) + "'");
     }
+    check_quoted(text, place);
     route job;
-    const bool has_letter = text.size() > 1 && std::string_view("pntPNT").find(text[1]) != std::string_view::npos &&
-                            (text.size() == 2 || is_separator(text[2]));
-    job.head = text.substr(0, has_letter ? 2 : 1);
+    job.head = text.substr(0, head_size(text));
     std::string_view rest = text.substr(job.head.size());
     while (true) {
         while (!rest.empty() && is_separator(rest.front())) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,10 +34,14 @@ struct route {
     std::vector<route_keyword> keywords;
 };
 
+/// How long the head of a route line is: "#", with the letter after it if that stands by itself; 0 where there is none.
+std::size_t head_size(std::string_view line);
+
 /// Takes a route apart.
 ///   text   in  from its "#" on, its lines joined by a blank each
 ///   place  in  what a message begins with, "mol.gjf:3" for example
-/// A route that does not begin with "#", or a bracket that has no other one, stops the run.
+/// A route that does not begin with "#", a bracket that has no other one, or blanks between quotation marks stop the
+/// run.
 route parse_route(std::string_view text, const std::string& place);
 
 /// The text of a route, keywords as written, with one blank between them.

@@ -218,6 +218,26 @@ TEST(frequencies, a_large_force_at_the_reference_is_told) {
     EXPECT_EQ(gaussian::read_checkpoint(from).gradient(2, 0), 0.00046);
 }
 
+TEST(frequencies, forces_of_no_potential_are_told_of) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = make_model(read_geometry_file("PES-0/coord-0-00.com"));
+    write_logs(molecule);
+    EXPECT_EQ(assemble({}).standard_error, "");
+    support::twin_job job = job_of(molecule, "coord-2+dy");
+    job.points[0].forces(2, 0) += 0.0001;  // over two steps of 0.005 angstrom an asymmetry of 0.0053
+    write_log("coord-2+dy", job);
+    const support::outcome done = assemble({});
+    EXPECT_EQ(done.status, 0);
+    const std::string notice =
+        "PES-0/files.out: notice: the largest asymmetry of the Hessian is more than 0.001 hartree/bohr^2, between z of "
+        "atom 1 and y of atom ";
+    EXPECT_TRUE(done.standard_error.starts_with(notice)) << done.standard_error;
+    EXPECT_NE(done.standard_error.find(": forces of these points, or of those from which they follow, do not belong to "
+                                       "one potential\n"),
+              std::string::npos);
+}
+
 TEST(frequencies, the_dipole_moment_of_the_reference_is_not_needed) {
     const support::scratch_folder folder;
     generate("water");

@@ -374,6 +374,15 @@ TEST(refusals, without_the_reference_nothing_else_is_looked_at) {
               "displacement_assembler: error: PES-0/files.out: 9 of 10 are there\n");
 }
 
+TEST(refusals, a_list_of_another_molecule) {
+    const good_folder good;
+    replace_in("PES-0/coord-0-00.com", "   H                0.00000000", "   H                0.15000000");
+    EXPECT_EQ(
+        refusals_of_run(),
+        "PES-0/coord-0-00.com:8: expected atom 2 to be carried onto atom 3 by operation C2z of the list, found it "
+        "elsewhere; the list is that of another molecule, run displacement_generator again\n");
+}
+
 TEST(refusals, geometry_files) {
     const good_folder good;
     replace_in("PES-0/coord-1-dx.com", "-0.00500000", "-0.00500100");

@@ -38,6 +38,10 @@ analysis vibrations_of(const Eigen::VectorXd& masses, const displacement_list& l
 /// of Gaussian ends.
 constexpr double force_of_stationary_point = 0.00045;
 
+/// Forces of one potential give a Hessian (hartree/bohr^2) that is far less asymmetric than this: some 1e-5 with the
+/// usual steps, and below 1e-2 with a step of 0.1 angstrom.
+constexpr double asymmetry_of_one_potential = 1e-3;
+
 /// The table: comment lines that begin with '#', then a row a mode.
 ///   columns  1-5 number  7-10 species  11-22 frequency (cm-1)  23-33 reduced mass (amu)
 ///            34-45 force constant (mdyne/angstrom)  46-57 intensity (km/mol), or '-'

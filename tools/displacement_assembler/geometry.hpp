@@ -26,6 +26,9 @@ struct geometry {
 /// Stops the run with "NAME:LINE: ..." where these atoms are not there.
 geometry read_geometry(gaussian::source& from, const std::vector<std::string>& symbols);
 
+/// A coordinate, counted from 0, as messages show it: "y of atom 2".
+std::string coordinate_name(Eigen::Index c);
+
 /// The geometries of all files of a list, as one and the steps from it.
 struct geometry_set {
     geometry reference;
@@ -38,7 +41,8 @@ struct geometry_set {
 ///   folder    in      what stands before the names of files: empty, or ending in a slash
 ///   list      in
 ///   refusals  in/out  a message is appended for each file that is missing or not as it should be: one coordinate,
-///                     that of its point, moved by dx from the reference, and all else as there
+///                     that of its point, moved by dx from the reference, and all else as there; and the reference
+///                     with every operation of the list
 /// Result: of files about which nothing was appended.
 geometry_set read_geometries(const std::string& folder, const displacement_list& list,
                              std::vector<std::string>& refusals);

@@ -24,11 +24,6 @@ std::string decimals(double value) {
     return text;
 }
 
-/// "y of atom 2"
-std::string coordinate_name(Eigen::Index c) {
-    return std::string(1, axis_names[static_cast<std::size_t>(c % 3)]) + " of atom " + std::to_string(c / 3 + 1);
-}
-
 /// The unit of lengths that a route asks for, in angstrom.
 double unit_of(const geometry& from, const std::string& place) {
     for (const gaussian::route_keyword& keyword : gaussian::parse_route(from.route, place).keywords) {
@@ -72,7 +67,31 @@ double step_of(const std::string& name, const geometry& displaced, const geometr
     return moved.reshaped()(own);
 }
 
+/// Stops the run where an operation of the list is none of the reference: derived forces would be those of another
+/// molecule.
+void check_operations(const std::string& name, const geometry& reference, double unit_in_angstrom,
+                      const displacement_list& list) {
+    const double allowed = vibration::position_tolerance * gaussian::bohr_in_angstrom / unit_in_angstrom;
+    for (std::size_t k = 0; k < list.relations.symmetry.size(); ++k) {
+        const vibration::operation& by = list.relations.symmetry[k];
+        for (Eigen::Index atom = 0; atom < reference.positions.cols(); ++atom) {
+            const Eigen::Index image = by.images(atom);
+            if (!((by.matrix * reference.positions.col(atom) - reference.positions.col(image)).norm() <= allowed)) {
+                throw base::run_error(name + ":" + std::to_string(reference.first_atom_line + static_cast<int>(atom)) +
+                                      ": expected atom " + std::to_string(atom + 1) + " to be carried onto atom " +
+                                      std::to_string(image + 1) + " by operation " + list.operation_names[k] +
+                                      " of the list, found it elsewhere; the list is that of another molecule, run "
+                                      "displacement_generator again");
+            }
+        }
+    }
+}
+
 }  // namespace
+
+std::string coordinate_name(Eigen::Index c) {
+    return std::string(1, axis_names[static_cast<std::size_t>(c % 3)]) + " of atom " + std::to_string(c / 3 + 1);
+}
 
 geometry_set read_geometries(const std::string& folder, const displacement_list& list,
                              std::vector<std::string>& refusals) {
@@ -92,6 +111,7 @@ geometry_set read_geometries(const std::string& folder, const displacement_list&
     };
     take(0, [&](const std::string& name, geometry&& found) {
         result.unit_in_angstrom = unit_of(found, name + ":" + std::to_string(found.route_line));
+        check_operations(name, found, result.unit_in_angstrom, list);
         result.reference = std::move(found);
     });
     const bool has_reference = problems[0].empty();

@@ -70,6 +70,11 @@ std::string notices(const std::string& list_path, const geometry_set& geometries
         add("the largest force at the reference is more than 0.00045 hartree/bohr: this is not a stationary point, and "
             "harmonic frequencies mean little there");
     }
+    if (made.hessian.largest_asymmetry > asymmetry_of_one_potential) {
+        add("the largest asymmetry of the Hessian is more than 0.001 hartree/bohr^2, between " +
+            coordinate_name(made.hessian.row) + " and " + coordinate_name(made.hessian.column) +
+            ": forces of these points, or of those from which they follow, do not belong to one potential");
+    }
     if (!found.without_dipole.empty()) {
         add("no intensities: " + base::shown(found.without_dipole, 200) + " has no dipole moment");
     }

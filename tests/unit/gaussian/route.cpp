@@ -142,6 +142,15 @@ TEST(route, becomes_ready) {
          "guess from"},
         {"# hf guess=only", "# hf force nosymm|'only' of 'guess=only' left out: the jobs must go on after the guess"},
         {"# hf guess=mix", "# hf guess=mix force nosymm"},
+        {"#T hf", "# hf force nosymm"},
+        {"# hf charge", "# hf charge force nosymm"},
+        {"# external='run.sh' 6-31G(d') opt", "# external='run.sh' 6-31G(d') force nosymm"},
+        {"# external='run.sh opt' hf",
+         "r:1: expected no blanks between quotation marks in the route, found 'run.sh opt'; call a script without "
+         "arguments|standard error|2"},
+        {"# hf charge=(angstroms,StandardOrientation)",
+         "r:1: 'charge=(angstroms,StandardOrientation)' has its charges in the standard orientation, which the jobs "
+         "will not have; give them in the frame of the input|standard error|2"},
         {"# hf guess=tcheck", "# hf guess=tcheck force nosymm"},
         {"# hf units=bohr", "# hf force nosymm|'units=bohr' left out: coordinates are written in angstrom"},
         {"# hf pop=nbo nmr SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine",
@@ -190,7 +199,7 @@ TEST(route, has_no_other_job_type_when_it_is_ready) {
 
 TEST(route, that_is_ready_stays_as_it_is) {
     for (const char* text : {"#p B3LYP/6-31G(d) geom=(connectivity,nocrowd) SCF=(tight,xqc) force nosymm",
-                             "# force NoSymmetry hf/gen pseudo=read", "#T SYMM=NONE FORCE HF/STO-3G"}) {
+                             "# force NoSymmetry hf/gen pseudo=read", "#N SYMM=NONE FORCE HF/STO-3G"}) {
         EXPECT_EQ(ready(text), text);
     }
 }
