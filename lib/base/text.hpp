@@ -70,8 +70,8 @@ struct text {
     operator std::string() const { return {characters, n}; }
     operator text_ref() { return {characters, n}; }
     [[nodiscard]] constexpr std::string_view trimmed() const& { return base::trimmed(*this); }
-    [[nodiscard]] std::string_view trimmed() const&& =
-        delete;  // the text would be gone before what is returned is looked at
+    /// Of a text that would be gone before what is returned is looked at.
+    [[nodiscard]] std::string_view trimmed() const&& = delete;
 };
 
 template <class type>

@@ -15,8 +15,8 @@ namespace displacement_generator::gaussian {
 struct archive_entry {
     std::string route;
     bool has_charge = false;  ///< whether charge and multiplicity were found
-    gaussian::molecule
-        molecule;  ///< without dummy atoms; without any where the entry holds what is none, such as a ghost
+    /// Without dummy atoms; without any atom where the entry holds what is none, such as a ghost.
+    gaussian::molecule molecule;
     std::optional<double> energy;         ///< hartree, of the highest level: the last energy that the entry names
     bool beyond_self_consistent = false;  ///< whether that energy is of a level above the self-consistent field
     std::string point_group;              ///< as printed, for instance "C02V"; empty where there is none
