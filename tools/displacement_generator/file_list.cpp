@@ -37,8 +37,8 @@ void require_work_dir(const std::string& command, int status, int error) {
         reason = ::stat(folder.c_str(), &found) == 0 ? "a file of this name exists"
                                                      : "a link of this name exists and leads to no folder";
     } else {
-        reason = file::system_reason(errno);
         has_room = errno != ENOSPC && errno != EDQUOT;
+        reason = file::system_reason(errno);
     }
     const std::string message = folder + ": cannot make the folder: " + reason;
     if (!has_room) {
