@@ -57,17 +57,27 @@ def enclose():
     if os.geteuid() != 0:
         return
     if sys.argv[-1] != "--enclosed":
-        os.execvp("unshare", ["unshare", "--mount", "--pid", "--fork", "--mount-proc", "--kill-child",
+        os.execvp("unshare", ["unshare", "--mount", "--propagation", "unchanged", "--pid", "--fork", "--mount-proc", "--kill-child",
                               sys.executable, __file__, *sys.argv[1:], "--enclosed"])
     sys.argv.pop()
+    mounted = re.compile(r"^(?:\S+ ){4}(/(?!dev|proc|sys)\S*) ", re.MULTILINE)
+    table = pathlib.Path("/proc/self/mountinfo")
+    if "/" not in mounted.findall(table.read_text()):
+        # Only what is mounted can be private and read only: where a folder is the root, a mount of it takes its place. The mount
+        # is made in this /proc, which is private already.
+        subprocess.run(["mount", "--rbind", "/", "/proc/tty"], check=True)
+        here = pathlib.Path.cwd()
+        os.chroot("/proc/tty")
+        os.chdir(here)
     SCRATCH.mkdir(parents=True, exist_ok=True)
     devices = [("null", 3), ("zero", 5), ("full", 7), ("random", 8), ("urandom", 9)]
-    commands = [["mount", "-t", "tmpfs", "none", "/dev"], ["mkdir", "-m", "1777", "/dev/shm"],
+    commands = [["mount", "--make-rprivate", "/"], ["mount", "-t", "tmpfs", "none", "/dev"], ["mkdir", "-m", "1777", "/dev/shm"],
                 *(["mknod", "-m", "666", f"/dev/{name}", "c", "1", str(number)] for name, number in devices),
                 ["ln", "-s", "/proc/self/fd", "/dev/fd"],
                 *(["ln", "-s", f"/proc/self/fd/{number}", f"/dev/{name}"]
                   for number, name in enumerate(["stdin", "stdout", "stderr"])),
-                ["mount", "--bind", PLACE, PLACE], ["mount", "-o", "remount,bind,ro", "/"],
+                ["mount", "--bind", PLACE, PLACE],
+                *(["mount", "-o", "remount,bind,ro", place] for place in mounted.findall(table.read_text())),
                 ["mount", "-t", "tmpfs", "-o", "size=2g,mode=1777", "none", SCRATCH]]
     for command in commands:
         subprocess.run(command, check=True)
