@@ -545,6 +545,20 @@ TEST(gaussian_log, a_broken_table_of_forces_is_told_even_where_whole_ones_stand_
     EXPECT_EQ(found.notices[0].line, line_of(text, " oops"));
 }
 
+TEST(gaussian_log, a_table_of_forces_without_its_head_is_told) {
+    const std::string text =
+        replaced(log_text({.jobs = {water_job()}}), " Number     Number              X", " X             ");
+    const outcome found = read(text);
+    const int first = line_of(text, "Forces (Hartrees/Bohr)");
+    EXPECT_EQ(found.log.job.forces.cols(), 0);
+    EXPECT_EQ(found.log.job.forces_problem,
+              "job.log:" + std::to_string(first) + ": expected a table of forces, found a part of one");
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].line, first + 1);
+    EXPECT_EQ(found.notices[0].text, "expected the rows of the table that begins in line " + std::to_string(first) +
+                                         "; it is passed over");
+}
+
 TEST(gaussian_log, forces_on_other_atoms) {
     const std::string text = replaced(log_text({.jobs = {water_job()}}), "      2        1  ", "      2        9  ");
     EXPECT_EQ(read(text).log.job.forces_problem,
