@@ -67,6 +67,7 @@ class assembly {
     void take_geometry();
     void take_energy();
     void take_forces();
+    Eigen::Matrix3Xd positions_in(const log_table& table);
     std::optional<Eigen::Matrix3Xd> positions_of_forces(const log_point& point);
     void take_dipole(const log_point& point);
 
@@ -127,6 +128,17 @@ void assembly::take_energy() {
                       : from_.last.energy;
 }
 
+/// The positions of the atoms of the last geometry, which are those of every geometry of a job.
+Eigen::Matrix3Xd assembly::positions_in(const log_table& table) {
+    log_rows rows = read_positions(name_, table);
+    if (rows.numbers != job_.molecule.numbers) {
+        throw base::run_error(place(name_, table.line) + "expected the " +
+                              std::to_string(job_.molecule.numbers.size()) + " atoms of the last geometry, found " +
+                              std::to_string(rows.numbers.size()) + " or other atoms");
+    }
+    return std::move(rows.values);
+}
+
 /// The geometry to which the forces belong, in their frame. Without a value, and with `forces_problem`, where the log
 /// does not show it.
 std::optional<Eigen::Matrix3Xd> assembly::positions_of_forces(const log_point& point) {
@@ -134,11 +146,9 @@ std::optional<Eigen::Matrix3Xd> assembly::positions_of_forces(const log_point& p
         return job_.molecule.positions;
     }
     if (point.input.line != 0) {
-        Eigen::Matrix3Xd input =
-            job_.forces_of_last ? job_.molecule.positions : read_positions(name_, point.input).values;
+        Eigen::Matrix3Xd input = job_.forces_of_last ? job_.molecule.positions : positions_in(point.input);
         // Without the line of asterisks the forces are in the frame of the standard orientation.
-        if (point.axes_restored || point.standard.line == 0 ||
-            same_positions(input, read_positions(name_, point.standard).values)) {
+        if (point.axes_restored || point.standard.line == 0 || same_positions(input, positions_in(point.standard))) {
             return input;
         }
     }
@@ -209,7 +219,7 @@ void assembly::take_dipole(const log_point& point) {
     if (point.standard.line != 0) {
         Eigen::Matrix3Xd standard;
         try {
-            standard = read_positions(name_, point.standard).values;
+            standard = positions_in(point.standard);
         } catch (const base::run_error& error) {
             notices_.push_back({point.dipole_line, std::string("the frame of the dipole moment: ") + error.what()});
             return;

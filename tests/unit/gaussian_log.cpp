@@ -274,6 +274,23 @@ TEST(gaussian_log, the_last_geometry_of_an_optimisation_and_the_forces_printed_f
     EXPECT_LE((*found.log.job.dipole - Eigen::Vector3d(-0.25, 0.5, -0.125)).cwiseAbs().maxCoeff(), 3e-6);
 }
 
+TEST(gaussian_log, forces_whose_geometry_has_other_atoms_are_refused) {
+    twin_job twin = water_job();
+    twin.archive = false;
+    twin.points.push_back(twin.points[0]);
+    twin.points[1].positions = water_positions(0.5);
+    twin.points[1].forces.resize(3, 0);
+    const std::string whole = log_text({.jobs = {twin}});
+    const std::size_t row = whole.find("      1          8           0");
+    const std::string text = std::string(whole).erase(row, whole.find('\n', row) + 1 - row);
+    const gaussian::log_job job = read(text).log.job;
+    EXPECT_EQ(job.molecule.numbers, water);
+    EXPECT_EQ(job.forces.cols(), 0);
+    EXPECT_EQ(job.force_positions.cols(), 0);
+    EXPECT_EQ(job.forces_problem, "job.log:" + std::to_string(line_of(text.substr(0, row), "Coordinates (Angstroms)")) +
+                                      ": expected the 3 atoms of the last geometry, found 2 or other atoms");
+}
+
 TEST(gaussian_log, of_several_jobs_the_last_one_with_a_geometry) {
     twin_job first = water_job();
     first.route = "#p b3lyp/6-31g(d) opt freq";
@@ -555,8 +572,8 @@ TEST(gaussian_log, a_table_of_forces_without_its_head_is_told) {
               "job.log:" + std::to_string(first) + ": expected a table of forces, found a part of one");
     ASSERT_EQ(found.notices.size(), 1U);
     EXPECT_EQ(found.notices[0].line, first + 1);
-    EXPECT_EQ(found.notices[0].text, "expected the rows of the table that begins in line " + std::to_string(first) +
-                                         "; it is passed over");
+    EXPECT_EQ(found.notices[0].text,
+              "expected the rows of the table that begins in line " + std::to_string(first) + "; it is passed over");
 }
 
 TEST(gaussian_log, forces_on_other_atoms) {
