@@ -9,11 +9,12 @@ rigid_motion superpose(const Eigen::Matrix3Xd& from, const Eigen::Matrix3Xd& ont
     const Eigen::Vector3d middle_from = from.rowwise().mean();
     const Eigen::Vector3d middle_onto = onto.rowwise().mean();
     const Eigen::Matrix3d s = (from.colwise() - middle_from) * (onto.colwise() - middle_onto).transpose();
-    // The unit quaternion of the best proper rotation is the eigenvector of the largest eigenvalue of this matrix.
+    // The unit quaternion of the best proper rotation is the eigenvector of the largest eigenvalue of this matrix, of
+    // which the solver reads the lower triangle.
     Eigen::Matrix4d k;
-    k << s.trace(), s(1, 2) - s(2, 1), s(2, 0) - s(0, 2), s(0, 1) - s(1, 0),                   //
-        s(1, 2) - s(2, 1), s(0, 0) - s(1, 1) - s(2, 2), s(0, 1) + s(1, 0), s(0, 2) + s(2, 0),  //
-        s(2, 0) - s(0, 2), s(0, 1) + s(1, 0), s(1, 1) - s(0, 0) - s(2, 2), s(1, 2) + s(2, 1),  //
+    k << s.trace(), 0, 0, 0,                                                   //
+        s(1, 2) - s(2, 1), s(0, 0) - s(1, 1) - s(2, 2), 0, 0,                  //
+        s(2, 0) - s(0, 2), s(0, 1) + s(1, 0), s(1, 1) - s(0, 0) - s(2, 2), 0,  //
         s(0, 1) - s(1, 0), s(0, 2) + s(2, 0), s(1, 2) + s(2, 1), s(2, 2) - s(0, 0) - s(1, 1);
     const Eigen::SelfAdjointEigenSolver<Eigen::Matrix4d> solver(k);
     const Eigen::Vector4d q = solver.eigenvectors().col(3);

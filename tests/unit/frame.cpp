@@ -143,8 +143,13 @@ TEST(frame, known_molecules_have_the_number_worked_out_by_hand) {
         EXPECT_EQ(result.group, r.group);
         EXPECT_LT(result.largest_move, 1e-5);
         EXPECT_TRUE(result.exact);
-        const frame::symmetry_elements found = frame::find_elements(source.kinds, source.positions, tolerance);
-        EXPECT_EQ(frame::candidate_frames(source.positions, found, tolerance).front().computed, r.computed);
+        Eigen::Matrix3Xd positions = source.positions;
+        for (const char* nearest_axis : {"as it is", "the next axis", "the last axis"}) {
+            SCOPED_TRACE(nearest_axis);
+            const frame::symmetry_elements found = frame::find_elements(source.kinds, positions, tolerance);
+            EXPECT_EQ(frame::candidate_frames(positions, found, tolerance).front().computed, r.computed);
+            positions = Eigen::Matrix3Xd(positions({2, 0, 1}, Eigen::all));
+        }
     }
 }
 
