@@ -20,6 +20,8 @@ struct log_job {
     int number = 0;               ///< 1 for the first job of the log; 0: no job has a geometry
     int line = 0;                 ///< of the route
     std::string route;            ///< in one line; empty where the log holds none
+    std::string method;           ///< "RB3LYP", from the archive entry
+    std::string basis;            ///< "6-31G(d)", likewise
     std::string user_route;       ///< of this job, or where Gaussian began it itself, of the job before it
     bool has_charge = false;      ///< whether charge and multiplicity were found
     int geometries = 0;           ///< how many were computed

@@ -81,6 +81,8 @@ void assembly::take_heading() {
     job_.number = from_.number;
     job_.line = from_.line;
     job_.route = from_.route.empty() ? from_.archive.route : from_.route;
+    job_.method = from_.archive.method;
+    job_.basis = from_.archive.basis;
     job_.user_route = from_.user_route;
     job_.ended_normally = from_.ended_normally;
     job_.geometries = from_.geometries;

@@ -142,6 +142,42 @@ TEST(frequencies, checkpoints_and_plain_forces_give_the_same) {
     expect_textbook(rows_of(done.standard_output), vibrations_of(molecule, isotope_masses(molecule.reference.numbers)));
 }
 
+TEST(frequencies, the_table_names_the_route_of_the_results) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    const auto write_checkpoint = [&](const std::string& name, const char* route) {
+        support::twin_checkpoint checkpoint;
+        checkpoint.route = route;
+        checkpoint.numbers = molecule.reference.numbers;
+        checkpoint.point = molecule.at(read_geometry_file("PES-0/" + name + ".com"));
+        std::filesystem::remove("PES-0/" + name + ".log");
+        support::write_file("PES-0/" + name + ".fchk", support::checkpoint_text(checkpoint));
+    };
+    const auto named = [] {
+        const std::string table = assemble().standard_output;
+        const std::size_t begin = table.find("dx = 0.005000\n") + 14;
+        return table.substr(begin, table.find("# energy") - begin);
+    };
+    write_logs(molecule);
+    EXPECT_EQ(named(), "# route of the results: #p b3lyp/6-31g(d) force nosymm\n");
+    write_checkpoint("coord-1-dx", "#p  B3LYP/6-31g(d) force nosymm");
+    EXPECT_EQ(named(), "# route of the results: #p b3lyp/6-31g(d) force nosymm\n");
+    std::filesystem::remove("PES-0/coord-1-dx.fchk");
+    support::write_file("PES-0/coord-1-dx.forces", "0 0 0\n0 0 0\n0 0 0\n");
+    EXPECT_EQ(named(), "# route of 9 of 10 results: #p b3lyp/6-31g(d) force nosymm\n");
+    for (const std::string& name : names()) {
+        write_checkpoint(name, "");
+    }
+    EXPECT_EQ(named(), "# method of the results: rb3lyp/6-31g(d)\n");
+    for (const std::string& name : names()) {
+        std::filesystem::remove("PES-0/" + name + ".fchk");
+        support::write_file("PES-0/" + name + ".forces",
+                            name == "coord-0-00" ? "0 0 0\n0 0 0\n0 0 0\n" : "0 0 1\n0 0 -1\n0 0 0\n");
+    }
+    EXPECT_EQ(named(), "");
+}
+
 TEST(frequencies, a_log_counts_before_a_checkpoint_and_that_before_plain_forces) {
     const support::scratch_folder folder;
     generate("water");

@@ -40,6 +40,15 @@ std::string plain_route(std::string_view route) {
     return plain;
 }
 
+/// Method and basis in the letter case of a route, cut to the columns that a checkpoint has for them.
+std::string plain_method(std::string_view method, std::string_view basis) {
+    constexpr std::size_t columns = 30;
+    if (method.empty()) {
+        return {};
+    }
+    return plain_route(method.substr(0, columns)) + "/" + plain_route(basis.substr(0, columns));
+}
+
 std::string point_text(const Eigen::Vector3d& at) {
     std::array<char, 128> text{};
     static_cast<void>(std::snprintf(text.data(), text.size(), "(%.6f, %.6f, %.6f)", at(0), at(1), at(2)));
@@ -95,9 +104,10 @@ void read_log(const std::string& path, const expected_geometry& expected, result
     if (job.number == 0) {
         throw base::run_error(from.name() + ": expected the log of a finished job, found one without a geometry");
     }
-    if (log.ended_normally != log.jobs) {
-        throw base::run_error(from.name() +
-                              ": expected the log of a finished job, found one that did not end normally");
+    if (job.number != log.jobs || !job.ended_normally) {  // what failed before a job that was begun anew is no matter
+        throw base::run_error(from.name() + ": expected the log of a finished job, found one " +
+                              (log.jobs == 1 ? "that" : "whose last job, number " + std::to_string(log.jobs) + ",") +
+                              " did not end normally");
     }
     check_atoms(from.name() + ":" + std::to_string(job.geometry_line != 0 ? job.geometry_line : job.line),
                 job.molecule.numbers, expected);
@@ -120,6 +130,8 @@ void read_log(const std::string& path, const expected_geometry& expected, result
     found.dipole = job.dipole;
     found.route = plain_route(job.route);
     found.route_place = from.name() + ":" + std::to_string(job.line);
+    found.method = plain_method(job.method, job.basis);
+    found.method_place = found.route_place;
 }
 
 void read_checkpoint(const std::string& path, const expected_geometry& expected, result& found) {
@@ -146,6 +158,8 @@ void read_checkpoint(const std::string& path, const expected_geometry& expected,
     found.dipole = contents.dipole;
     found.route = plain_route(contents.route);
     found.route_place = from.name();
+    found.method = plain_method(contents.method, contents.basis);
+    found.method_place = from.name() + ":2";
 }
 
 void read_plain_forces(const std::string& path, const expected_geometry& expected, result& found) {

@@ -1,5 +1,7 @@
 #include <unistd.h>
 
+#include <Eigen/QR>
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <map>
@@ -9,6 +11,7 @@
 #include "file/descriptor.hpp"
 #include "in_parallel.hpp"
 #include "result.hpp"
+#include "vibration/rigid_motions.hpp"
 
 namespace displacement_generator::assembler {
 
@@ -54,7 +57,36 @@ struct summary {
     std::string file;
     std::string route;
     std::string route_place;
+    std::string method;
+    std::string method_place;
 };
+
+/// The text that most results have in some member; of several, the one that comes first in the list. Empty where no
+/// result has one.
+std::string usual(const std::vector<summary>& all, std::string summary::*what) {
+    std::map<std::string_view, std::size_t> count;
+    for (const summary& one : all) {
+        count[one.*what] += (one.*what).empty() ? 0U : 1U;
+    }
+    std::string_view most;
+    for (const summary& one : all) {
+        if (count[one.*what] > count[most]) {
+            most = one.*what;
+        }
+    }
+    return std::string(most);
+}
+
+/// Whether moving a coordinate moves the molecule as a whole, to first order: a force need not follow. So it is with an
+/// atom out of the plane of three, and with one across the line of two.
+bool is_rigid(const Eigen::Matrix3Xd& positions, Eigen::Index coordinate) {
+    constexpr double nearly_all = 1.0 - 1e-6;
+    const Eigen::MatrixXd motions =
+        vibration::rigid_motions(Eigen::VectorXd::Ones(positions.cols()), positions);  // dependent ones on a line
+    const Eigen::VectorXd moved = Eigen::VectorXd::Unit(positions.size(), coordinate);
+    const Eigen::VectorXd part = motions * motions.completeOrthogonalDecomposition().solve(moved);
+    return part(coordinate) > nearly_all;
+}
 
 class gathering {
   public:
@@ -81,6 +113,7 @@ class gathering {
   private:
     void take(std::size_t i);
     void check_routes();
+    void check_methods();
 
     const std::string& folder_;
     const displacement_list& list_;
@@ -112,9 +145,16 @@ void gathering::take(std::size_t i) {
     kept.has_dipole = read.dipole.has_value();
     kept.route = read.route;
     kept.route_place = read.route_place;
+    kept.method = read.method;
+    kept.method_place = read.method_place;
     if (file.point < 0) {
         found_.reference = std::move(read);
         return;
+    }
+    if ((read.forces.array() == 0.0).all() && !is_rigid(reference.positions, file.point / 2)) {
+        throw base::run_error(base::shown(kept.file, kept.file.size()) +
+                              ": expected forces at a displaced geometry, found zero on every atom; nothing was "
+                              "computed, compute it again");
     }
     found_.forces.col(file.point) = read.forces.reshaped();
     if (read.dipole) {
@@ -122,35 +162,39 @@ void gathering::take(std::size_t i) {
     }
 }
 
-/// All results must have the route that most of them have; of several, the one that comes first in the list.
+/// All results must have the route that most of them have.
 void gathering::check_routes() {
-    std::map<std::string_view, std::size_t> count;
-    for (const summary& one : summaries_) {
-        count[one.route] += one.route.empty() ? 0U : 1U;
-    }
-    const summary* usual = nullptr;
-    for (const summary& one : summaries_) {
-        if (!one.route.empty() && (usual == nullptr || count[one.route] > count[usual->route])) {
-            usual = &one;
+    found_.route = usual(summaries_, &summary::route);
+    for (summary& one : summaries_) {
+        if (!one.route.empty() && one.route != found_.route) {
+            one.refusal = one.route_place + ": expected the route '" + base::shown(found_.route, 200) +
+                          "' as in most files, found '" + base::shown(one.route, 200) + "'";
         }
     }
-    if (usual == nullptr) {
+}
+
+/// Checkpoints of older versions have no route. Their method and basis must be those of the other results.
+void gathering::check_methods() {
+    const auto lacks_route = [](const summary& one) { return one.route.empty() && !one.method.empty(); };
+    if (std::none_of(summaries_.begin(), summaries_.end(), lacks_route)) {
         return;
     }
-    found_.route = usual->route;
+    found_.method = usual(summaries_, &summary::method);
     for (summary& one : summaries_) {
-        if (!one.route.empty() && one.route != usual->route) {
-            one.refusal = one.route_place + ": expected the route '" + base::shown(usual->route, 200) +
-                          "' as in most files, found '" + base::shown(one.route, 200) + "'";
+        if (one.refusal.empty() && !one.method.empty() && one.method != found_.method) {
+            one.refusal = one.method_place + ": expected the method and basis '" + base::shown(found_.method, 200) +
+                          "' as in most files, found '" + base::shown(one.method, 200) + "'";
         }
     }
 }
 
 results gathering::finish(std::vector<std::string>& refusals) {
     check_routes();
+    check_methods();
     for (std::size_t i = 0; i < summaries_.size(); ++i) {
         const summary& one = summaries_[i];
         found_.missing += one.is_missing ? 1 : 0;
+        found_.described += one.route.empty() && one.method.empty() ? 0U : 1U;
         if (!one.refusal.empty()) {
             refusals.push_back(one.refusal);
         } else if (!one.has_dipole && found_.without_dipole.empty() && list_.files[i].point >= 0) {
