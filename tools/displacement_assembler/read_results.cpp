@@ -3,12 +3,15 @@
 #include <Eigen/QR>
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstddef>
 #include <map>
 #include <string_view>
 
 #include "base/error.hpp"
+#include "energies.hpp"
 #include "file/descriptor.hpp"
+#include "gaussian/constants.hpp"
 #include "in_parallel.hpp"
 #include "result.hpp"
 #include "vibration/rigid_motions.hpp"
@@ -59,6 +62,7 @@ struct summary {
     std::string route_place;
     std::string method;
     std::string method_place;
+    std::optional<double> energy;
 };
 
 /// The text that most results have in some member; of several, the one that comes first in the list. Empty where no
@@ -114,6 +118,7 @@ class gathering {
     void take(std::size_t i);
     void check_routes();
     void check_methods();
+    void check_energies(std::vector<std::string>& refusals);
 
     const std::string& folder_;
     const displacement_list& list_;
@@ -147,6 +152,7 @@ void gathering::take(std::size_t i) {
     kept.route_place = read.route_place;
     kept.method = read.method;
     kept.method_place = read.method_place;
+    kept.energy = read.energy;
     if (file.point < 0) {
         found_.reference = std::move(read);
         return;
@@ -188,9 +194,42 @@ void gathering::check_methods() {
     }
 }
 
+/// Holds the energies against the forces.
+void gathering::check_energies(std::vector<std::string>& refusals) {
+    if (!geometries_.are_good[0] || !summaries_[0].refusal.empty()) {
+        return;  // without the forces of the reference there is nothing to go by
+    }
+    const double unit_in_bohr = geometries_.unit_in_angstrom / gaussian::bohr_in_angstrom;
+    std::vector<energy_point> points;
+    double longest = 0.0;
+    for (std::size_t i = 0; i < summaries_.size(); ++i) {
+        const summary& one = summaries_[i];
+        if (!one.energy || !one.refusal.empty()) {
+            continue;
+        }
+        points.push_back({one.file, i, *one.energy, 0.0});
+        if (const Eigen::Index point = list_.files[i].point; point >= 0) {
+            const double step = geometries_.steps(point) * unit_in_bohr;
+            const double force = found_.reference.forces.reshaped()(point / 2) + found_.forces(point / 2, point);
+            points.back().by_forces = -0.5 * step * force;
+            longest = std::max(longest, std::abs(step));
+        }
+    }
+    energy_messages told = assembler::check_energies(points, longest);
+    for (std::size_t k = 0; k < told.refused.size(); ++k) {
+        summaries_[told.refused[k]].refusal = told.refusals[k];
+    }
+    if (!told.refusal_of_all.empty()) {
+        refusals.push_back(base::shown(folder_, folder_.size()) + "files.out: " + told.refusal_of_all);
+    }
+    found_.notices = std::move(told.notices);
+}
+
 results gathering::finish(std::vector<std::string>& refusals) {
     check_routes();
     check_methods();
+    std::vector<std::string> of_energies;
+    check_energies(of_energies);
     for (std::size_t i = 0; i < summaries_.size(); ++i) {
         const summary& one = summaries_[i];
         found_.missing += one.is_missing ? 1 : 0;
@@ -201,6 +240,7 @@ results gathering::finish(std::vector<std::string>& refusals) {
             found_.without_dipole = one.file;
         }
     }
+    refusals.insert(refusals.end(), of_energies.begin(), of_energies.end());
     if (!found_.without_dipole.empty()) {
         found_.dipoles.resize(3, 0);
     }

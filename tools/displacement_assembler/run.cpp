@@ -66,6 +66,9 @@ std::string notices(const std::string& list_path, const geometry_set& geometries
         add("the route of the results is '" + base::shown(found.route, 200) + "', that of the .com files '" +
             base::shown(plain(geometries.reference.route), 200) + "'");
     }
+    for (const std::string& notice : found.notices) {
+        add(notice);
+    }
     if (made.largest_force > force_of_stationary_point) {
         add("the largest force at the reference is more than 0.00045 hartree/bohr: this is not a stationary point, and "
             "harmonic frequencies mean little there");
