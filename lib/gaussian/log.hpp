@@ -35,6 +35,7 @@ struct log_job {
     int typed = 0;          ///< atoms with an atomic type other than 0: of ONIOM, molecular mechanics or a fragment
     bool ended_normally = false;
 
+    int unconverged_line = 0;      ///< where the log says that the last self-consistent field did not converge
     std::optional<double> energy;  ///< hartree, of the highest level that the log shows for the last geometry
 
     /// Forces on the atoms of `molecule` at `force_positions`, in hartree/bohr, in the input's frame. Without columns

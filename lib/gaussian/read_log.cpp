@@ -125,6 +125,7 @@ void assembly::take_geometry() {
 }
 
 void assembly::take_energy() {
+    job_.unconverged_line = from_.last.failed_line;
     job_.energy = from_.archive.energy && (from_.archive.beyond_self_consistent || !from_.last.energy)
                       ? from_.archive.energy
                       : from_.last.energy;

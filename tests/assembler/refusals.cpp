@@ -2,6 +2,7 @@
 
 #include <Eigen/Geometry>
 #include <algorithm>
+#include <sstream>
 
 #include "model.hpp"
 
@@ -415,6 +416,63 @@ TEST(refusals, forces_that_are_all_zero) {
         ".forces: expected forces at a displaced geometry, found zero on every atom; nothing was computed, compute it "
         "again\n";
     EXPECT_EQ(refusals_of_run(), "PES-0/coord-1-dy" + refused + "PES-0/coord-2+dz" + refused);
+}
+
+TEST(refusals, a_field_that_did_not_converge) {
+    const good_folder good;
+    const std::string failed = " >>>>>>>>>> Convergence criterion not met.\n";
+    const std::string whole = support::read_file("PES-0/coord-1-dx.log");
+    const std::size_t energy = whole.find(" SCF Done:");
+    support::write_file("PES-0/coord-1-dx.log", whole.substr(0, energy) + failed + whole.substr(energy));
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.log:23: expected a self-consistent field that converged, found one that did not; "
+              "compute it again\n");
+    // The first one failed, and another algorithm went on from there.
+    const std::string line = whole.substr(energy, whole.find('\n', energy) + 1 - energy);
+    support::write_file("PES-0/coord-1-dx.log", whole.substr(0, energy) + failed + line + whole.substr(energy));
+    EXPECT_EQ(assemble().status, 0);
+    // It failed in a job before this one, which ended there.
+    support::write_file("PES-0/coord-1-dx.log", whole.substr(0, energy) + failed + whole);
+    EXPECT_EQ(assemble().status, 0);
+}
+
+TEST(refusals, compressed_logs_and_links_that_lead_nowhere) {
+    const good_folder good;
+    support::write_file("PES-0/coord-1-dx.log", "\x1f\x8b\x08 and more");
+    std::filesystem::remove("PES-0/coord-1-dy.log");
+    std::filesystem::create_symlink("gone", "PES-0/coord-1-dy.log");
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.log: expected the text of a log, found a compressed file; unpack it\n"
+              "PES-0/coord-1-dy.log: cannot open: No such file or directory\n");
+}
+
+TEST(refusals, plain_forces_without_energies_in_another_unit) {
+    const good_folder good;
+    const auto write = [&](double factor) {
+        for (const std::string& name : names()) {
+            std::filesystem::remove("PES-0/" + name + ".log");
+            std::ostringstream text;
+            text.precision(12);
+            text << factor * good.molecule.at(read_geometry_file("PES-0/" + name + ".com")).forces.transpose() << "\n";
+            support::write_file("PES-0/" + name + ".forces", text.str());
+        }
+    };
+    write(-1.0);
+    std::string refused = refusals_of_run();
+    EXPECT_TRUE(
+        refused.starts_with("displacement_assembler: error: PES-0/files.out: expected forces, found a Hessian "
+                            "whose diagonal has the sum -"))
+        << refused;
+    EXPECT_TRUE(refused.ends_with(" hartree/bohr^2; the .forces files hold gradients, which have the other sign\n"));
+    write(1185.82);  // kcal/mol/angstrom
+    refused = refusals_of_run();
+    EXPECT_TRUE(
+        refused.starts_with("displacement_assembler: error: PES-0/files.out: expected forces in hartree/bohr, "
+                            "found a Hessian with "))
+        << refused;
+    EXPECT_TRUE(refused.ends_with("; the .forces files are of another unit\n")) << refused;
+    write(1.0);
+    EXPECT_EQ(assemble().status, 0);
 }
 
 TEST(refusals, plain_forces) {

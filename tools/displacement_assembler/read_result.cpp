@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
@@ -98,6 +99,9 @@ void check_positions(const std::string& place, const Eigen::Matrix3Xd& positions
 
 void read_log(const std::string& path, const expected_geometry& expected, result& found) {
     gaussian::source from(path, gaussian::opening::regular_only);
+    if (constexpr std::string_view gzip = "\x1f\x8b"; from.first_bytes().starts_with(gzip)) {
+        throw base::run_error(from.name() + ": expected the text of a log, found a compressed file; unpack it");
+    }
     std::vector<gaussian::notice> notices;
     gaussian::log_contents log = gaussian::read_log(from, notices);
     gaussian::log_job& job = log.job;
@@ -113,6 +117,11 @@ void read_log(const std::string& path, const expected_geometry& expected, result
                 job.molecule.numbers, expected);
     if (job.has_charge) {
         check_charge(from.name() + ":" + std::to_string(job.line), job.molecule, expected);
+    }
+    if (job.unconverged_line != 0) {
+        throw base::run_error(from.name() + ":" + std::to_string(job.unconverged_line) +
+                              ": expected a self-consistent field that converged, found one that did not; compute it "
+                              "again");
     }
     if (job.forces.cols() == 0) {
         throw base::run_error(job.forces_problem);
@@ -181,7 +190,9 @@ constexpr std::array kinds = {kind{".log", read_log}, kind{".out", read_log}, ki
 
 std::string find_result(const std::string& stem) {
     for (const kind& next : kinds) {
-        if (std::string path = stem + std::string(next.ending); access(path.c_str(), F_OK) == 0) {
+        // A link that leads nowhere is a result that cannot be read, and not one that is missing.
+        if (std::string path = stem + std::string(next.ending);
+            faccessat(AT_FDCWD, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
             return path;
         }
     }

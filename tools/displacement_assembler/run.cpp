@@ -9,6 +9,7 @@
 #include "base/error.hpp"
 #include "companion/program.hpp"
 #include "gaussian/checkpoint.hpp"
+#include "gaussian/constants.hpp"
 #include "new_files.hpp"
 
 namespace displacement_generator::assembler {
@@ -155,6 +156,8 @@ void run(const options& asked) {
                    list.files.size() - static_cast<std::size_t>(found.missing));
 
     const analysis made = vibrations_of(masses, list, geometries, found);
+    const double unit_in_bohr = geometries.unit_in_angstrom / gaussian::bohr_in_angstrom;
+    check_hessian(base::shown(list_path, list_path.size()), made.hessian, list.dx * unit_in_bohr, found.described == 0);
     new_files files;
     if (!asked.molden.empty()) {
         files.write(asked.molden, molden_text(list, made));
