@@ -296,7 +296,7 @@ TEST(refusals, logs_that_were_written_one_after_another) {
         "PES-0/coord-1-dx.log: expected the log of a finished job, found one whose last job, number 2, did not end "
         "normally\n";
     // Wherever the first one broke off, the second one counts alone.
-    for (std::size_t size = other.find('\n') + 1; size < other.size(); size += 97) {
+    for (std::size_t size = other.find('\n') + 1; size < other.size(); size += 211) {
         for (const std::string& between : {std::string(), "\n" + error, std::string("\nslurmstepd: cancelled\n")}) {
             SCOPED_TRACE(std::to_string(size) + between);
             support::write_file("PES-0/coord-1-dx.log", other.substr(0, size) + between + whole);

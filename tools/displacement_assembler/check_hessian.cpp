@@ -9,8 +9,8 @@ namespace displacement_generator::assembler {
 
 namespace {
 
-/// Noise of forces (hartree/bohr) that leaves no frequency worth its name: twenty times that of coarse grids.
-constexpr double noise_of_forces = 2e-4;
+/// Noise of forces (hartree/bohr) that leaves no frequency worth its name: ten times that of coarse grids.
+constexpr double noise_of_forces = 1e-4;
 /// What higher derivatives add (hartree/bohr^4), with much to spare: fourth ones are about 20 along the strongest
 /// bonds, and a sixth of them counts.
 constexpr double higher_derivatives = 10.0;

@@ -1,8 +1,5 @@
-#include <unistd.h>
-
 #include <Eigen/QR>
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstddef>
 #include <map>
@@ -10,47 +7,15 @@
 
 #include "base/error.hpp"
 #include "energies.hpp"
-#include "file/descriptor.hpp"
 #include "gaussian/constants.hpp"
 #include "in_parallel.hpp"
+#include "progress.hpp"
 #include "result.hpp"
 #include "vibration/rigid_motions.hpp"
 
 namespace displacement_generator::assembler {
 
 namespace {
-
-/// How many files have been read, on a terminal, once this takes longer than a second.
-class progress {
-  public:
-    explicit progress(std::size_t all) : all_(all), shown_(::isatty(STDERR_FILENO) == 1) {}
-    ~progress() {
-        if (written_ != 0) {
-            std::string blanks("\r");
-            blanks.append(written_, ' ').push_back('\r');
-            file::write_all(STDERR_FILENO, blanks);
-        }
-    }
-    progress(const progress&) = delete;
-    progress& operator=(const progress&) = delete;
-
-    void show(std::size_t done) {
-        const auto now = std::chrono::steady_clock::now();
-        if (!shown_ || now < next_) {
-            return;
-        }
-        next_ = now + std::chrono::milliseconds(200);
-        const std::string text = "read " + std::to_string(done) + " of " + std::to_string(all_);
-        written_ = text.size();
-        file::write_all(STDERR_FILENO, "\r" + text);
-    }
-
-  private:
-    std::size_t all_;
-    bool shown_;
-    std::size_t written_ = 0;
-    std::chrono::steady_clock::time_point next_ = std::chrono::steady_clock::now() + std::chrono::seconds(1);
-};
 
 /// What is kept of a result beside its forces.
 struct summary {
@@ -253,9 +218,11 @@ results read_results(const std::string& folder, const displacement_list& list, c
                      std::vector<std::string>& refusals) {
     gathering files(folder, list, geometries);
     {
-        progress shown(list.files.size());
+        progress shown;
+        const std::string all = " of " + std::to_string(list.files.size());
         in_parallel(
-            list.files.size(), [&](std::size_t i) { files.take_file(i); }, [&](std::size_t done) { shown.show(done); });
+            list.files.size(), [&](std::size_t i) { files.take_file(i); },
+            [&](std::size_t done) { shown.show_if_long("read ", done, all); });
     }
     return files.finish(refusals);
 }
