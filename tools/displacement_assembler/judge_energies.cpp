@@ -79,6 +79,8 @@ energy_verdict judge_energies(const std::vector<energy_point>& points, double st
     }
     std::vector<double> references;
     std::vector<double> distances;
+    references.reserve(points.size());
+    distances.reserve(points.size());
     for (const energy_point& one : points) {
         if (!(std::abs(one.energy) < largest_energy && std::abs(one.by_forces) < largest_energy)) {
             verdict.off.push_back(references.size());
