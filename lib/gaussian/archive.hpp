@@ -14,6 +14,8 @@ namespace displacement_generator::gaussian {
 /// decimals.
 struct archive_entry {
     std::string route;
+    std::string method;       ///< "RB3LYP"
+    std::string basis;        ///< "6-31G(d)"
     bool has_charge = false;  ///< whether charge and multiplicity were found
     /// Without dummy atoms; without any atom where the entry holds what is none, such as a ghost.
     gaussian::molecule molecule;

@@ -20,6 +20,8 @@ struct log_job {
     int number = 0;               ///< 1 for the first job of the log; 0: no job has a geometry
     int line = 0;                 ///< of the route
     std::string route;            ///< in one line; empty where the log holds none
+    std::string method;           ///< "RB3LYP", from the archive entry
+    std::string basis;            ///< "6-31G(d)", likewise
     std::string user_route;       ///< of this job, or where Gaussian began it itself, of the job before it
     bool has_charge = false;      ///< whether charge and multiplicity were found
     int geometries = 0;           ///< how many were computed
@@ -33,6 +35,7 @@ struct log_job {
     int typed = 0;          ///< atoms with an atomic type other than 0: of ONIOM, molecular mechanics or a fragment
     bool ended_normally = false;
 
+    int unconverged_line = 0;      ///< where the log says that the last self-consistent field did not converge
     std::optional<double> energy;  ///< hartree, of the highest level that the log shows for the last geometry
 
     /// Forces on the atoms of `molecule` at `force_positions`, in hartree/bohr, in the input's frame. Without columns

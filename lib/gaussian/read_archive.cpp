@@ -147,6 +147,13 @@ archive_entry read_archive(std::string_view text) {
         return entry;
     }
     entry.route = without_blanks(sections[route_section]);
+    // The first section: 1, 1, computer, kind of job, method, basis, formula, user, date, number of what follows.
+    constexpr std::size_t method_field = 4;
+    constexpr std::size_t basis_field = 5;
+    if (const std::vector<std::string_view> top = split_at(sections[0], separator); top.size() > basis_field) {
+        entry.method = without_blanks(top[method_field]);
+        entry.basis = without_blanks(top[basis_field]);
+    }
     const std::vector<std::string_view> fields = split_at(sections[molecule_section], separator);
     entry.has_charge = read_charge(fields[0], entry);
     if (!entry.has_charge) {

@@ -38,14 +38,36 @@ void take_dipole(const source& from, std::string_view line, std::string_view res
     found.dipole = Eigen::Vector3d(dipole[0], dipole[1], dipole[2]);
 }
 
+/// How many characters stand after the point of a number.
+std::size_t after_point(std::string_view word) {
+    const std::size_t point = word.find('.');
+    return point == std::string_view::npos ? 0 : word.size() - point - 1;
+}
+
+/// Whether a last row without a line end was cut in its last number: all numbers of it and of the row before are of one
+/// format, but that one is shorter.
+bool is_cut(std::string_view before, std::string_view last) {
+    constexpr std::size_t numbers = 3;
+    const std::size_t usual = after_point(next_word(last));
+    const std::size_t second = after_point(next_word(last));
+    bool is_fixed = second == usual;
+    for (std::size_t i = 0; i < numbers && !without_blanks(before).empty(); ++i) {
+        is_fixed = is_fixed && after_point(next_word(before)) == usual;
+    }
+    return is_fixed && after_point(next_word(last)) < usual;
+}
+
 }  // namespace
 
 forces_file read_forces(source& from, int atoms) {
     forces_file found;
     std::vector<double> components;
     int count = 0;
+    std::string row_before;
+    std::string last_row;
     std::string_view line;
     while (from.next_line(line)) {
+        const bool may_be_cut = !from.line_is_whole() && line.find('#') == std::string_view::npos;
         line = without_blanks(line.substr(0, line.find('#')));
         if (line.empty()) {
             continue;
@@ -64,6 +86,11 @@ forces_file read_forces(source& from, int atoms) {
         } else {
             components.insert(components.end(), force, force + 3);
             ++count;
+            row_before.swap(last_row);
+            last_row = line;
+            if (may_be_cut && is_cut(row_before, last_row)) {
+                refuse_line(from, "a last number with as many digits as the others, or a line end after it", line);
+            }
         }
     }
     if (count != atoms) {

@@ -81,6 +81,8 @@ void assembly::take_heading() {
     job_.number = from_.number;
     job_.line = from_.line;
     job_.route = from_.route.empty() ? from_.archive.route : from_.route;
+    job_.method = from_.archive.method;
+    job_.basis = from_.archive.basis;
     job_.user_route = from_.user_route;
     job_.ended_normally = from_.ended_normally;
     job_.geometries = from_.geometries;
@@ -123,6 +125,7 @@ void assembly::take_geometry() {
 }
 
 void assembly::take_energy() {
+    job_.unconverged_line = from_.last.failed_line;
     job_.energy = from_.archive.energy && (from_.archive.beyond_self_consistent || !from_.last.energy)
                       ? from_.archive.energy
                       : from_.last.energy;

@@ -37,7 +37,8 @@ bool is_rule(std::string_view line) {
 }
 
 /// What the lines that the scanner searches for begin with, behind a blank: the first two characters.
-constexpr std::string_view beginnings[] = {"**", "1\\", "1|", "Ch", "Ce", "Di", "En", "Er", "In", "Li", "No", "SC"};
+constexpr std::string_view beginnings[] = {"**", ">>", "1\\", "1|", "Ch", "Ce", "Di",
+                                           "En", "Er", "In",  "Li", "No", "SC"};
 
 /// Whether the scanner has to look at a line. There are at most two beginnings with the same first character.
 bool is_candidate(const char* line, const char* end) {
@@ -122,6 +123,7 @@ class scanner {
     scanned_log log_;
     scanned_job job_;  ///< the present one
     std::string user_route_;
+    int failed_line_ = 0;  ///< of the message, which stands before the energy
     bool in_job_ = false;
     bool route_next_ = true;  ///< whether a box with a # is the route of a job and not a title
     table_kind kind_ = table_kind::input;
@@ -160,6 +162,7 @@ scanned_job& scanner::job() {
 
 void scanner::begin_job() {
     job_ = {};
+    failed_line_ = 0;
     job_.number = ++log_.jobs;
     in_job_ = true;
 }
@@ -250,6 +253,11 @@ void scanner::seek(std::string_view line, const char* begin) {
                 job().last.axes_restored = true;
             }
             break;
+        case '>':
+            if (contains(line, "Convergence criterion not met")) {
+                failed_line_ = this->line();
+            }
+            break;
         case '1':
             if (line.starts_with(" 1\\1\\") || line.starts_with(" 1|1|")) {
                 text_.clear();
@@ -332,6 +340,7 @@ void scanner::take_energy(std::string_view line) {
     std::string_view behind = equals == std::string_view::npos ? line : line.substr(equals + 1);
     double energy = 0.0;
     log_point& point = job().last;
+    point.failed_line = std::exchange(failed_line_, 0);
     point.energy.reset();
     if (read_printed_real(next_word(behind), energy)) {
         point.energy = energy;

@@ -25,6 +25,7 @@ struct log_point {
     log_table forces;              ///< empty rows with a line other than 0: a table that is broken
     bool axes_restored = false;    ///< whether the log says before the forces that it goes back to the input's axes
     std::optional<double> energy;  ///< of the self-consistent field
+    int failed_line = 0;           ///< of the message that it did not converge, unless it did so later
     int dipole_line = 0;
     std::string dipole;  ///< the fields of " Dipole        ="
 

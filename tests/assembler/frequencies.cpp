@@ -142,6 +142,43 @@ TEST(frequencies, checkpoints_and_plain_forces_give_the_same) {
     expect_textbook(rows_of(done.standard_output), vibrations_of(molecule, isotope_masses(molecule.reference.numbers)));
 }
 
+TEST(frequencies, the_table_names_the_route_of_the_results) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    const auto write_checkpoint = [&](const std::string& name, const char* route) {
+        support::twin_checkpoint checkpoint;
+        checkpoint.route = route;
+        checkpoint.numbers = molecule.reference.numbers;
+        checkpoint.point = molecule.at(read_geometry_file("PES-0/" + name + ".com"));
+        std::filesystem::remove("PES-0/" + name + ".log");
+        support::write_file("PES-0/" + name + ".fchk", support::checkpoint_text(checkpoint));
+    };
+    const auto named = [] {
+        const std::string table = assemble().standard_output;
+        const std::size_t begin = table.find("dx = 0.005000\n") + 14;
+        return table.substr(begin, table.find("# energy") - begin);
+    };
+    write_logs(molecule);
+    EXPECT_EQ(named(), "# route of the results: #p b3lyp/6-31g(d) force nosymm\n");
+    write_checkpoint("coord-1-dx", "#p  B3LYP/6-31g(d) force nosymm");
+    EXPECT_EQ(named(), "# route of the results: #p b3lyp/6-31g(d) force nosymm\n");
+    std::filesystem::remove("PES-0/coord-1-dx.fchk");
+    support::write_file("PES-0/coord-1-dx.forces", "0 0 0\n0 0 0\n0 0 0\n");
+    EXPECT_EQ(named(), "# route of 9 of 10 results: #p b3lyp/6-31g(d) force nosymm\n");
+    for (const std::string& name : names()) {
+        write_checkpoint(name, "");
+    }
+    EXPECT_EQ(named(), "# method of the results: rb3lyp/6-31g(d)\n");
+    for (const std::string& name : names()) {
+        std::filesystem::remove("PES-0/" + name + ".fchk");
+        std::ostringstream text;
+        text << molecule.at(read_geometry_file("PES-0/" + name + ".com")).forces.transpose() << "\n";
+        support::write_file("PES-0/" + name + ".forces", text.str());
+    }
+    EXPECT_EQ(named(), "");
+}
+
 TEST(frequencies, a_log_counts_before_a_checkpoint_and_that_before_plain_forces) {
     const support::scratch_folder folder;
     generate("water");
@@ -236,6 +273,26 @@ TEST(frequencies, forces_of_no_potential_are_told_of) {
     EXPECT_NE(done.standard_error.find(": forces of these points, or of those from which they follow, do not belong to "
                                        "one potential\n"),
               std::string::npos);
+    // 0.0106 + 0.0009 hartree/bohr^2 are allowed.
+    for (const double noise : {0.00021, 0.000222}) {
+        job = job_of(molecule, "coord-2+dy");
+        job.points[0].forces(2, 0) += noise;
+        write_log("coord-2+dy", job);
+        const support::outcome larger = assemble({"--hessian", "h"});
+        EXPECT_EQ(larger.status, noise < 0.00022 ? 0 : 1) << larger.standard_error;
+        EXPECT_EQ(std::filesystem::exists("h"), noise < 0.00022);
+        std::filesystem::remove("h");
+        if (larger.status == 1) {
+            EXPECT_EQ(larger.standard_output, "");
+            EXPECT_TRUE(larger.standard_error.starts_with(
+                "displacement_assembler: error: PES-0/files.out: expected the forces of one potential, found a Hessian "
+                "with an asymmetry of 0.01"))
+                << larger.standard_error;
+            EXPECT_TRUE(larger.standard_error.ends_with(
+                "; results of these points, or of those from which they follow, are of another geometry, frame or "
+                "unit\n"));
+        }
+    }
 }
 
 TEST(frequencies, the_dipole_moment_of_the_reference_is_not_needed) {

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""The line that tells how far reading is: progress.py ASSEMBLER GENERATOR FAILING_CALLS
+"""The line that tells how far the run is: progress.py ASSEMBLER GENERATOR FAILING_CALLS
 
-Where standard error is a terminal it comes once reading takes longer than a second, and is wiped out at the end; elsewhere there is
-none. FAILING_CALLS is the library that stops the run at its second result. Status 77 where the system gives out no terminals.
+Where standard error is a terminal it comes once reading takes longer than a second, and while the vibrations of 200 atoms or more are
+computed; it is wiped out at the end. Elsewhere there is none. FAILING_CALLS is the library that stops the run at its second result. Status 77 where the system gives out no terminals.
 """
 import os
 import pathlib
@@ -30,6 +30,14 @@ def stopped_run(folder, stderr):
     return started
 
 
+def large_molecule():
+    """200 atoms, eight times 25, with few files."""
+    points = [(1 + 1.3 * i, 1.1 + 1.4 * j, 0.9 + 1.5 * k) for i in range(5) for j in range(5) for k in range(1)]
+    signs = [(a, b, c) for a in (1, -1) for b in (1, -1) for c in (1, -1)]
+    atoms = "".join("C %.3f %.3f %.3f\n" % (a * x, b * y, c * z) for x, y, z in points for a, b, c in signs)
+    return f"#p hf/3-21g force nosymm\n\nlarge\n\n0 1\n{atoms}\n"
+
+
 try:
     master, slave = pty.openpty()
 except OSError:
@@ -42,6 +50,11 @@ with tempfile.TemporaryDirectory() as folder:
     for process in started:
         process.send_signal(signal.SIGCONT)
     statuses = [process.wait(30) for process in started]
+with tempfile.TemporaryDirectory() as folder:
+    twins.compute_all(pathlib.Path(folder), twins.generate(generator, pathlib.Path(folder), large_molecule()))
+    pipe = subprocess.run([assembler], cwd=folder, stdout=subprocess.DEVNULL, stderr=writer).returncode
+    large_master, large_slave = pty.openpty()
+    terminal = subprocess.run([assembler], cwd=folder, stdout=subprocess.DEVNULL, stderr=large_slave).returncode
 os.close(writer)
 on_terminal = os.read(master, 4096) if select.select([master], [], [], 1)[0] else b""
 elsewhere = os.read(reader, 4096)
@@ -49,3 +62,7 @@ found = (statuses, on_terminal, elsewhere)
 expected = ([0, 0], b"\rread 2 of 10\r            \r", b"")
 if found != expected:
     sys.exit(f"expected {expected}, found {found}")
+on_terminal = os.read(large_master, 65536) if select.select([large_master], [], [], 1)[0] else b""
+line = b"\rcomputing the vibrations of 200 atoms"  # perhaps after one about reading
+if (pipe, terminal) != (0, 0) or not on_terminal.endswith(line + b"\r" + b" " * (len(line) - 1) + b"\r"):
+    sys.exit(f"expected {line} and blanks over it at the end, found {(pipe, terminal, on_terminal)}")

@@ -2,6 +2,7 @@
 
 #include <Eigen/Geometry>
 #include <algorithm>
+#include <sstream>
 
 #include "model.hpp"
 
@@ -273,8 +274,41 @@ TEST(refusals, a_second_job_that_did_not_end) {
     support::twin_log log{.jobs = {job_of(good.molecule, "coord-1-dx"), job_of(good.molecule, "coord-1-dx")}};
     log.jobs[1].ends_normally = false;
     support::write_file("PES-0/coord-1-dx.log", support::log_text(log));
-    EXPECT_EQ(refusals_of_run(),
-              "PES-0/coord-1-dx.log: expected the log of a finished job, found one that did not end normally\n");
+    const std::string refused =
+        "PES-0/coord-1-dx.log: expected the log of a finished job, found one whose last job, number 2, did not end "
+        "normally\n";
+    EXPECT_EQ(refusals_of_run(), refused);
+    log.jobs[1].points.clear();  // it ended before its first geometry
+    log.jobs[1].archive = false;
+    support::write_file("PES-0/coord-1-dx.log", support::log_text(log));
+    EXPECT_EQ(refusals_of_run(), refused);
+}
+
+TEST(refusals, logs_that_were_written_one_after_another) {
+    const good_folder good;
+    const std::string expected = assemble().standard_output;
+    const std::string whole = support::read_file("PES-0/coord-1-dx.log");
+    support::twin_job other_job = job_of(good.molecule, "coord-1-dx");
+    other_job.points[0].forces *= -1.0;
+    const std::string other = support::log_text({.jobs = {other_job}});
+    const std::string error = " Error termination via Lnk1e in /opt/l502.exe at Thu Jan  1 00:00:00 2026.\n";
+    const std::string refused =
+        "PES-0/coord-1-dx.log: expected the log of a finished job, found one whose last job, number 2, did not end "
+        "normally\n";
+    // Wherever the first one broke off, the second one counts alone.
+    for (std::size_t size = other.find('\n') + 1; size < other.size(); size += 211) {
+        for (const std::string& between : {std::string(), "\n" + error, std::string("\nslurmstepd: cancelled\n")}) {
+            SCOPED_TRACE(std::to_string(size) + between);
+            support::write_file("PES-0/coord-1-dx.log", other.substr(0, size) + between + whole);
+            const support::outcome done = assemble();
+            EXPECT_EQ(done.status, 0) << done.standard_error;
+            EXPECT_EQ(done.standard_output, expected);
+            support::write_file("PES-0/coord-1-dx.log", whole + other.substr(0, size) + between);
+            EXPECT_EQ(refusals_of_run(), refused);
+        }
+    }
+    support::write_file("PES-0/coord-1-dx.log", other + whole);  // two that ended: the last one
+    EXPECT_EQ(assemble().standard_output, expected);
 }
 
 TEST(refusals, checkpoints_of_another_molecule) {
@@ -318,6 +352,40 @@ TEST(refusals, checkpoints_of_another_molecule) {
         "hf/3-21g force nosymm'\n");
 }
 
+TEST(refusals, checkpoints_without_a_route_by_another_method) {
+    const good_folder good;
+    int n = 0;
+    const auto write = [&](const std::string& name, const char* method, const char* basis, const char* route) {
+        support::twin_checkpoint checkpoint;
+        checkpoint.method = method;
+        checkpoint.basis = basis;
+        checkpoint.route = route;
+        checkpoint.numbers = good.molecule.reference.numbers;
+        checkpoint.point = good.molecule.at(read_geometry_file("PES-0/" + name + ".com"));
+        std::filesystem::remove("PES-0/" + name + ".log");
+        support::write_file("PES-0/" + name + ".fchk", support::checkpoint_text(checkpoint));
+    };
+    for (const std::string& name : names()) {  // checkpoints and the archive entries of logs are alike
+        if (++n % 2 == 0) {
+            write(name, "rb3LYP", "6-31G(d)", "");
+        }
+    }
+    EXPECT_EQ(assemble().status, 0);
+    write("coord-1-dx", "RHF", "6-31G(d)", "");
+    write("coord-1-dy", "RB3LYP", "6-31G", "");
+    write("coord-1-dz", "RB3LYP", "6-31G(d)", "#p b3lyp/6-31g(d) force nosymm");
+    support::twin_job job = job_of(good.molecule, "coord-1+dz");
+    job.method = "RB3PW91";
+    write_log("coord-1+dz", job);
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.fchk:2: expected the method and basis 'rb3lyp/6-31g(d)' as in most files, found "
+              "'rhf/6-31g(d)'\n"
+              "PES-0/coord-1-dy.fchk:2: expected the method and basis 'rb3lyp/6-31g(d)' as in most files, found "
+              "'rb3lyp/6-31g'\n"
+              "PES-0/coord-1+dz.log:6: expected the method and basis 'rb3lyp/6-31g(d)' as in most files, found "
+              "'rb3pw91/6-31g(d)'\n");
+}
+
 TEST(refusals, checkpoints_with_other_text_than_numbers) {
     const good_folder good;
     support::twin_checkpoint checkpoint;
@@ -331,6 +399,80 @@ TEST(refusals, checkpoints_with_other_text_than_numbers) {
     EXPECT_EQ(refusals_of_run(),
               "PES-0/coord-1-dx.fchk:13: expected a number in the section 'Cartesian Gradient', found "
               "'***************'\n");
+}
+
+TEST(refusals, forces_that_are_all_zero) {
+    const good_folder good;
+    const auto write = [](const char* name) {
+        std::filesystem::remove("PES-0/" + std::string(name) + ".log");
+        support::write_file("PES-0/" + std::string(name) + ".forces", "0 0 0\n0 0 -0.0\n0 0 0\n");
+    };
+    write("coord-0-00");  // the forces of a stationary point
+    write("coord-1-dx");  // out of the plane of three atoms, which turns them as a whole
+    EXPECT_EQ(assemble().status, 0);
+    write("coord-1-dy");
+    write("coord-2+dz");
+    const std::string refused =
+        ".forces: expected forces at a displaced geometry, found zero on every atom; nothing was computed, compute it "
+        "again\n";
+    EXPECT_EQ(refusals_of_run(), "PES-0/coord-1-dy" + refused + "PES-0/coord-2+dz" + refused);
+}
+
+TEST(refusals, a_field_that_did_not_converge) {
+    const good_folder good;
+    const std::string failed = " >>>>>>>>>> Convergence criterion not met.\n";
+    const std::string whole = support::read_file("PES-0/coord-1-dx.log");
+    const std::size_t energy = whole.find(" SCF Done:");
+    support::write_file("PES-0/coord-1-dx.log", whole.substr(0, energy) + failed + whole.substr(energy));
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.log:23: expected a self-consistent field that converged, found one that did not; "
+              "compute it again\n");
+    // The first one failed, and another algorithm went on from there.
+    const std::string line = whole.substr(energy, whole.find('\n', energy) + 1 - energy);
+    support::write_file("PES-0/coord-1-dx.log", whole.substr(0, energy) + failed + line + whole.substr(energy));
+    EXPECT_EQ(assemble().status, 0);
+    // It failed in a job before this one, which ended there.
+    support::write_file("PES-0/coord-1-dx.log", whole.substr(0, energy) + failed + whole);
+    EXPECT_EQ(assemble().status, 0);
+}
+
+TEST(refusals, compressed_logs_and_links_that_lead_nowhere) {
+    const good_folder good;
+    support::write_file("PES-0/coord-1-dx.log", "\x1f\x8b\x08 and more");
+    std::filesystem::remove("PES-0/coord-1-dy.log");
+    std::filesystem::create_symlink("gone", "PES-0/coord-1-dy.log");
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.log: expected the text of a log, found a compressed file; unpack it\n"
+              "PES-0/coord-1-dy.log: cannot open: No such file or directory\n");
+}
+
+TEST(refusals, plain_forces_without_energies_in_another_unit) {
+    const good_folder good;
+    const auto write = [&](double factor) {
+        for (const std::string& name : names()) {
+            std::filesystem::remove("PES-0/" + name + ".log");
+            std::ostringstream text;
+            text.precision(12);
+            text << factor * good.molecule.at(read_geometry_file("PES-0/" + name + ".com")).forces.transpose() << "\n";
+            support::write_file("PES-0/" + name + ".forces", text.str());
+        }
+    };
+    write(-1.0);
+    std::string refused = refusals_of_run();
+    EXPECT_TRUE(
+        refused.starts_with("displacement_assembler: error: PES-0/files.out: expected forces, found a Hessian "
+                            "whose diagonal has the sum -"))
+        << refused;
+    EXPECT_TRUE(refused.ends_with(" hartree/bohr^2; the .forces files hold gradients, which have the other sign\n"));
+    write(1185.82);  // kcal/mol/angstrom
+    refused = refusals_of_run();
+    EXPECT_TRUE(
+        refused.starts_with("displacement_assembler: error: PES-0/files.out: expected forces in hartree/bohr, "
+                            "found a Hessian with "))
+        << refused;
+    EXPECT_TRUE(refused.ends_with("; the .forces files are of another unit\n")) << refused;
+    write(1.0);
+    EXPECT_EQ(assemble().status, 0);
 }
 
 TEST(refusals, plain_forces) {

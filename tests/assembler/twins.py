@@ -28,19 +28,20 @@ def read_geometry(path):
 
 
 def compute(at, reference, symbols):
-    """Forces (hartree/bohr) and dipole moment (e bohr). The mean displacement stands for all the springs between pairs."""
+    """Energy (hartree), forces (hartree/bohr) and dipole moment (e bohr). The mean displacement stands for all the springs between pairs."""
     moves = [[(x - x0) / BOHR for x, x0 in zip(a, b)] for a, b in zip(at, reference)]
     mean = [sum(move[k] for move in moves) / len(moves) for k in range(3)]
     forces = [[-OWN_SPRING * move[k] - PAIR_SPRING * (move[k] - mean[k]) for k in range(3)] for move in moves]
-    return forces, [sum(CHARGES[s] * move[k] for s, move in zip(symbols, moves)) for k in range(3)]
+    energy = -76.0 - sum(f * x for force, move in zip(forces, moves) for f, x in zip(force, move)) / 2
+    return energy, forces, [sum(CHARGES[s] * move[k] for s, move in zip(symbols, moves)) for k in range(3)]
 
 
-def forces_text(symbols, at, forces, dipole):
+def forces_text(symbols, at, energy, forces, dipole):
     rows = "".join("%.10f %.10f %.10f\n" % tuple(force) for force in forces)
-    return "energy -76.0\ndipole %.8f %.8f %.8f\n" % tuple(dipole) + rows
+    return "energy %.10f\ndipole %.8f %.8f %.8f\n" % (energy, *dipole) + rows
 
 
-def log_text(symbols, at, forces, dipole, route="#p hf/3-21g force nosymm", more=""):
+def log_text(symbols, at, energy, forces, dipole, route="#p hf/3-21g force nosymm", more=""):
     """`more` stands between geometry and forces, as Gaussian prints much there."""
     rule, dashes = " " + "-" * 69 + "\n", " " + "-" * 70 + "\n"
     text = " Entering Gaussian System, Link 0=g16\n" + dashes + f" {route}\n" + dashes + " Charge =  0 Multiplicity = 1\n"
@@ -50,7 +51,7 @@ def log_text(symbols, at, forces, dipole, route="#p hf/3-21g force nosymm", more
     for i, (symbol, x) in enumerate(zip(symbols, at)):
         text += "%7d %10d %11d    %12.6f%12.6f%12.6f\n" % (i + 1, NUMBERS[symbol], 0, *x)
     text += rule + more
-    text += " SCF Done:  E(RHF) =  -76.0000000000     A.U. after    9 cycles\n"
+    text += " SCF Done:  E(RHF) =  %.10f     A.U. after    9 cycles\n" % energy
     text += " Dipole        =" + "".join(("%15.8E" % x).replace("E", "D") for x in dipole) + "\n"
     text += rule + " Center     Atomic                   Forces (Hartrees/Bohr)\n"
     text += " Number     Number              X              Y              Z\n" + rule

@@ -118,7 +118,7 @@ std::string point_text(const twin_job& job, const twin_point& point) {
 std::string archive(const twin_job& job, char separator) {
     const std::string one(1, separator);
     const std::string two(2, separator);
-    std::string text = "1" + one + "1" + one + "GINC-NODE" + one + "SP" + one + "RB3LYP" + one + "6-31G(d)" + one +
+    std::string text = "1" + one + "1" + one + "GINC-NODE" + one + "SP" + one + job.method + one + "6-31G(d)" + one +
                        "X" + one + "USER" + one + "01-Jan-2026" + one + "0" + two + job.route + two + job.title + two +
                        printed("%d,%d", job.charge, job.multiplicity);
     const twin_point& last = job.points.back();
@@ -199,7 +199,8 @@ std::string log_text(const twin_log& log) {
 
 std::string checkpoint_text(const twin_checkpoint& checkpoint) {
     const auto atoms = static_cast<int>(checkpoint.numbers.size());
-    std::string text = printed("%-72s\n%-10s%-30s%-30s\n", checkpoint.title.c_str(), "Freq", "RB3LYP", "6-31G(d)");
+    std::string text = printed("%-72s\n%-10s%-30s%-30s\n", checkpoint.title.c_str(), "Freq", checkpoint.method.c_str(),
+                               checkpoint.basis.c_str());
     const auto integer = [&](const char* name, int value) { text += printed("%-40s   I     %12d\n", name, value); };
     integer("Number of atoms", atoms);
     if (checkpoint.other_sections) {

@@ -21,6 +21,7 @@ struct twin_point {
 /// A job as it shall show in a log.
 struct twin_job {
     std::string route = "#p b3lyp/6-31g(d) force nosymm";
+    std::string method = "RB3LYP";  ///< in the archive entry
     std::string title = "twin";
     int charge = 0;
     int multiplicity = 1;
@@ -57,6 +58,8 @@ twin_job one_point(std::vector<int> numbers, const Eigen::Matrix3Xd& positions, 
 /// A formatted checkpoint.
 struct twin_checkpoint {
     std::string title = "twin";
+    std::string method = "RB3LYP";
+    std::string basis = "6-31G(d)";
     std::string route;  ///< empty: no section
     int charge = 0;
     int multiplicity = 1;

@@ -27,6 +27,39 @@ TEST(read_forces, forces_energy_and_dipole) {
     EXPECT_FALSE(read("1 2 3", 1).dipole);
 }
 
+TEST(read_forces, a_last_number_that_was_cut) {
+    const std::string message =
+        ": expected a last number with as many digits as the others, or a line end after it, found '";
+    const struct {
+        const char* text;
+        const char* cut;  ///< null: nothing was
+    } rows[] = {
+        {"0.10 0.20 0.30\n0.40 -0.50 0.6", "a.forces:2: 0.40 -0.50 0.6"},
+        {"0.10 0.20 0.30\n0.40 -0.50 -0.", "a.forces:2: 0.40 -0.50 -0."},
+        {"0.10 0.20 0.30\n0.40 -0.50 -0", "a.forces:2: 0.40 -0.50 -0"},
+        {"1.0e-05 2.0e-05 3.0e-05\n4.0e-05 5.0e-05 6.0e-0", "a.forces:2: 4.0e-05 5.0e-05 6.0e-0"},
+        {"0.10 0.20 0.30\n0.40 -0.50 0.6\n", nullptr},
+        {"0.10 0.20 0.30\n0.40 -0.50 0.60", nullptr},
+        {"0.10 0.20 0.3\n0.40 -0.50 0.6", nullptr},
+        {"0.1 0.20 0.30\n0.40 -0.50 0.6", nullptr},
+        {"0.10 0.20 0.30\n0.4 -0.50 0.6", nullptr},
+        {"0.10 0.20 0.30\n0.40 0.5 0.6", nullptr},
+        {"1 2 3\n4 5 6", nullptr},
+    };
+    for (const auto& row : rows) {
+        if (row.cut == nullptr) {
+            EXPECT_EQ(read(row.text, 2).forces.cols(), 2) << row.text;
+            continue;
+        }
+        const std::string cut = row.cut;
+        const std::size_t split = cut.find(": ");
+        EXPECT_EQ(support::stopped_with([&] { read(row.text, 2); }),
+                  cut.substr(0, split) + message + cut.substr(split + 2) + "'|standard error|2");
+    }
+    EXPECT_EQ(read("0.1 0.2 0.3", 1).forces.cols(), 1);
+    EXPECT_EQ(read("0.10 0.20 0.3 # not cut", 1).forces.cols(), 1);
+}
+
 TEST(read_forces, refusals) {
     const struct {
         const char* text;

@@ -42,6 +42,14 @@ constexpr double force_of_stationary_point = 0.00045;
 /// usual steps, and below 1e-2 with a step of 0.1 angstrom.
 constexpr double asymmetry_of_one_potential = 1e-3;
 
+/// Stops the run with status 1 at a Hessian that no molecule has: one far too asymmetric for any noise of forces and
+/// any anharmonicity, or, of `.forces` files, one of gradients or of another unit.
+///   place     in  what the message begins with
+///   made      in
+///   step      in  bohr, from 0 on
+///   is_plain  in  whether the results are `.forces` files, of which nothing else tells sign and unit
+void check_hessian(const std::string& place, const vibration::hessian_result& made, double step, bool is_plain);
+
 /// The table: comment lines that begin with '#', then a row a mode.
 ///   columns  1-5 number  7-10 species  11-22 frequency (cm-1)  23-33 reduced mass (amu)
 ///            34-45 force constant (mdyne/angstrom)  46-57 intensity (km/mol), or '-'

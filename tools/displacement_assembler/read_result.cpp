@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
@@ -38,6 +39,15 @@ std::string plain_route(std::string_view route) {
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     }
     return plain;
+}
+
+/// Method and basis in the letter case of a route, cut to the columns that a checkpoint has for them.
+std::string plain_method(std::string_view method, std::string_view basis) {
+    constexpr std::size_t columns = 30;
+    if (method.empty()) {
+        return {};
+    }
+    return plain_route(method.substr(0, columns)) + "/" + plain_route(basis.substr(0, columns));
 }
 
 std::string point_text(const Eigen::Vector3d& at) {
@@ -89,20 +99,29 @@ void check_positions(const std::string& place, const Eigen::Matrix3Xd& positions
 
 void read_log(const std::string& path, const expected_geometry& expected, result& found) {
     gaussian::source from(path, gaussian::opening::regular_only);
+    if (constexpr std::string_view gzip = "\x1f\x8b"; from.first_bytes().starts_with(gzip)) {
+        throw base::run_error(from.name() + ": expected the text of a log, found a compressed file; unpack it");
+    }
     std::vector<gaussian::notice> notices;
     gaussian::log_contents log = gaussian::read_log(from, notices);
     gaussian::log_job& job = log.job;
     if (job.number == 0) {
         throw base::run_error(from.name() + ": expected the log of a finished job, found one without a geometry");
     }
-    if (log.ended_normally != log.jobs) {
-        throw base::run_error(from.name() +
-                              ": expected the log of a finished job, found one that did not end normally");
+    if (job.number != log.jobs || !job.ended_normally) {  // what failed before a job that was begun anew is no matter
+        throw base::run_error(from.name() + ": expected the log of a finished job, found one " +
+                              (log.jobs == 1 ? "that" : "whose last job, number " + std::to_string(log.jobs) + ",") +
+                              " did not end normally");
     }
     check_atoms(from.name() + ":" + std::to_string(job.geometry_line != 0 ? job.geometry_line : job.line),
                 job.molecule.numbers, expected);
     if (job.has_charge) {
         check_charge(from.name() + ":" + std::to_string(job.line), job.molecule, expected);
+    }
+    if (job.unconverged_line != 0) {
+        throw base::run_error(from.name() + ":" + std::to_string(job.unconverged_line) +
+                              ": expected a self-consistent field that converged, found one that did not; compute it "
+                              "again");
     }
     if (job.forces.cols() == 0) {
         throw base::run_error(job.forces_problem);
@@ -120,6 +139,8 @@ void read_log(const std::string& path, const expected_geometry& expected, result
     found.dipole = job.dipole;
     found.route = plain_route(job.route);
     found.route_place = from.name() + ":" + std::to_string(job.line);
+    found.method = plain_method(job.method, job.basis);
+    found.method_place = found.route_place;
 }
 
 void read_checkpoint(const std::string& path, const expected_geometry& expected, result& found) {
@@ -146,6 +167,8 @@ void read_checkpoint(const std::string& path, const expected_geometry& expected,
     found.dipole = contents.dipole;
     found.route = plain_route(contents.route);
     found.route_place = from.name();
+    found.method = plain_method(contents.method, contents.basis);
+    found.method_place = from.name() + ":2";
 }
 
 void read_plain_forces(const std::string& path, const expected_geometry& expected, result& found) {
@@ -167,7 +190,9 @@ constexpr std::array kinds = {kind{".log", read_log}, kind{".out", read_log}, ki
 
 std::string find_result(const std::string& stem) {
     for (const kind& next : kinds) {
-        if (std::string path = stem + std::string(next.ending); access(path.c_str(), F_OK) == 0) {
+        // A link that leads nowhere is a result that cannot be read, and not one that is missing.
+        if (std::string path = stem + std::string(next.ending);
+            faccessat(AT_FDCWD, path.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
             return path;
         }
     }

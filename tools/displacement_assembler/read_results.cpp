@@ -1,50 +1,21 @@
-#include <unistd.h>
-
-#include <chrono>
+#include <Eigen/QR>
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <map>
 #include <string_view>
 
 #include "base/error.hpp"
-#include "file/descriptor.hpp"
+#include "energies.hpp"
+#include "gaussian/constants.hpp"
 #include "in_parallel.hpp"
+#include "progress.hpp"
 #include "result.hpp"
+#include "vibration/rigid_motions.hpp"
 
 namespace displacement_generator::assembler {
 
 namespace {
-
-/// How many files have been read, on a terminal, once this takes longer than a second.
-class progress {
-  public:
-    explicit progress(std::size_t all) : all_(all), shown_(::isatty(STDERR_FILENO) == 1) {}
-    ~progress() {
-        if (written_ != 0) {
-            std::string blanks("\r");
-            blanks.append(written_, ' ').push_back('\r');
-            file::write_all(STDERR_FILENO, blanks);
-        }
-    }
-    progress(const progress&) = delete;
-    progress& operator=(const progress&) = delete;
-
-    void show(std::size_t done) {
-        const auto now = std::chrono::steady_clock::now();
-        if (!shown_ || now < next_) {
-            return;
-        }
-        next_ = now + std::chrono::milliseconds(200);
-        const std::string text = "read " + std::to_string(done) + " of " + std::to_string(all_);
-        written_ = text.size();
-        file::write_all(STDERR_FILENO, "\r" + text);
-    }
-
-  private:
-    std::size_t all_;
-    bool shown_;
-    std::size_t written_ = 0;
-    std::chrono::steady_clock::time_point next_ = std::chrono::steady_clock::now() + std::chrono::seconds(1);
-};
 
 /// What is kept of a result beside its forces.
 struct summary {
@@ -54,7 +25,37 @@ struct summary {
     std::string file;
     std::string route;
     std::string route_place;
+    std::string method;
+    std::string method_place;
+    std::optional<double> energy;
 };
+
+/// The text that most results have in some member; of several, the one that comes first in the list. Empty where no
+/// result has one.
+std::string usual(const std::vector<summary>& all, std::string summary::*what) {
+    std::map<std::string_view, std::size_t> count;
+    for (const summary& one : all) {
+        count[one.*what] += (one.*what).empty() ? 0U : 1U;
+    }
+    std::string_view most;
+    for (const summary& one : all) {
+        if (count[one.*what] > count[most]) {
+            most = one.*what;
+        }
+    }
+    return std::string(most);
+}
+
+/// Whether moving a coordinate moves the molecule as a whole, to first order: a force need not follow. So it is with an
+/// atom out of the plane of three, and with one across the line of two.
+bool is_rigid(const Eigen::Matrix3Xd& positions, Eigen::Index coordinate) {
+    constexpr double nearly_all = 1.0 - 1e-6;
+    const Eigen::MatrixXd motions =
+        vibration::rigid_motions(Eigen::VectorXd::Ones(positions.cols()), positions);  // dependent ones on a line
+    const Eigen::VectorXd moved = Eigen::VectorXd::Unit(positions.size(), coordinate);
+    const Eigen::VectorXd part = motions * motions.completeOrthogonalDecomposition().solve(moved);
+    return part(coordinate) > nearly_all;
+}
 
 class gathering {
   public:
@@ -81,6 +82,8 @@ class gathering {
   private:
     void take(std::size_t i);
     void check_routes();
+    void check_methods();
+    void check_energies(std::vector<std::string>& refusals);
 
     const std::string& folder_;
     const displacement_list& list_;
@@ -112,9 +115,17 @@ void gathering::take(std::size_t i) {
     kept.has_dipole = read.dipole.has_value();
     kept.route = read.route;
     kept.route_place = read.route_place;
+    kept.method = read.method;
+    kept.method_place = read.method_place;
+    kept.energy = read.energy;
     if (file.point < 0) {
         found_.reference = std::move(read);
         return;
+    }
+    if ((read.forces.array() == 0.0).all() && !is_rigid(reference.positions, file.point / 2)) {
+        throw base::run_error(base::shown(kept.file, kept.file.size()) +
+                              ": expected forces at a displaced geometry, found zero on every atom; nothing was "
+                              "computed, compute it again");
     }
     found_.forces.col(file.point) = read.forces.reshaped();
     if (read.dipole) {
@@ -122,41 +133,79 @@ void gathering::take(std::size_t i) {
     }
 }
 
-/// All results must have the route that most of them have; of several, the one that comes first in the list.
+/// All results must have the route that most of them have.
 void gathering::check_routes() {
-    std::map<std::string_view, std::size_t> count;
-    for (const summary& one : summaries_) {
-        count[one.route] += one.route.empty() ? 0U : 1U;
-    }
-    const summary* usual = nullptr;
-    for (const summary& one : summaries_) {
-        if (!one.route.empty() && (usual == nullptr || count[one.route] > count[usual->route])) {
-            usual = &one;
-        }
-    }
-    if (usual == nullptr) {
-        return;
-    }
-    found_.route = usual->route;
+    found_.route = usual(summaries_, &summary::route);
     for (summary& one : summaries_) {
-        if (!one.route.empty() && one.route != usual->route) {
-            one.refusal = one.route_place + ": expected the route '" + base::shown(usual->route, 200) +
+        if (!one.route.empty() && one.route != found_.route) {
+            one.refusal = one.route_place + ": expected the route '" + base::shown(found_.route, 200) +
                           "' as in most files, found '" + base::shown(one.route, 200) + "'";
         }
     }
 }
 
+/// Checkpoints of older versions have no route. Their method and basis must be those of the other results.
+void gathering::check_methods() {
+    const auto lacks_route = [](const summary& one) { return one.route.empty() && !one.method.empty(); };
+    if (std::none_of(summaries_.begin(), summaries_.end(), lacks_route)) {
+        return;
+    }
+    found_.method = usual(summaries_, &summary::method);
+    for (summary& one : summaries_) {
+        if (one.refusal.empty() && !one.method.empty() && one.method != found_.method) {
+            one.refusal = one.method_place + ": expected the method and basis '" + base::shown(found_.method, 200) +
+                          "' as in most files, found '" + base::shown(one.method, 200) + "'";
+        }
+    }
+}
+
+/// Holds the energies against the forces.
+void gathering::check_energies(std::vector<std::string>& refusals) {
+    if (!geometries_.are_good[0] || !summaries_[0].refusal.empty()) {
+        return;  // without the forces of the reference there is nothing to go by
+    }
+    const double unit_in_bohr = geometries_.unit_in_angstrom / gaussian::bohr_in_angstrom;
+    std::vector<energy_point> points;
+    double longest = 0.0;
+    for (std::size_t i = 0; i < summaries_.size(); ++i) {
+        const summary& one = summaries_[i];
+        if (!one.energy || !one.refusal.empty()) {
+            continue;
+        }
+        points.push_back({one.file, i, *one.energy, 0.0});
+        if (const Eigen::Index point = list_.files[i].point; point >= 0) {
+            const double step = geometries_.steps(point) * unit_in_bohr;
+            const double force = found_.reference.forces.reshaped()(point / 2) + found_.forces(point / 2, point);
+            points.back().by_forces = -0.5 * step * force;
+            longest = std::max(longest, std::abs(step));
+        }
+    }
+    energy_messages told = assembler::check_energies(points, longest);
+    for (std::size_t k = 0; k < told.refused.size(); ++k) {
+        summaries_[told.refused[k]].refusal = told.refusals[k];
+    }
+    if (!told.refusal_of_all.empty()) {
+        refusals.push_back(base::shown(folder_, folder_.size()) + "files.out: " + told.refusal_of_all);
+    }
+    found_.notices = std::move(told.notices);
+}
+
 results gathering::finish(std::vector<std::string>& refusals) {
     check_routes();
+    check_methods();
+    std::vector<std::string> of_energies;
+    check_energies(of_energies);
     for (std::size_t i = 0; i < summaries_.size(); ++i) {
         const summary& one = summaries_[i];
         found_.missing += one.is_missing ? 1 : 0;
+        found_.described += one.route.empty() && one.method.empty() ? 0U : 1U;
         if (!one.refusal.empty()) {
             refusals.push_back(one.refusal);
         } else if (!one.has_dipole && found_.without_dipole.empty() && list_.files[i].point >= 0) {
             found_.without_dipole = one.file;
         }
     }
+    refusals.insert(refusals.end(), of_energies.begin(), of_energies.end());
     if (!found_.without_dipole.empty()) {
         found_.dipoles.resize(3, 0);
     }
@@ -169,9 +218,11 @@ results read_results(const std::string& folder, const displacement_list& list, c
                      std::vector<std::string>& refusals) {
     gathering files(folder, list, geometries);
     {
-        progress shown(list.files.size());
+        progress shown;
+        const std::string all = " of " + std::to_string(list.files.size());
         in_parallel(
-            list.files.size(), [&](std::size_t i) { files.take_file(i); }, [&](std::size_t done) { shown.show(done); });
+            list.files.size(), [&](std::size_t i) { files.take_file(i); },
+            [&](std::size_t done) { shown.show_if_long("read ", done, all); });
     }
     return files.finish(refusals);
 }

@@ -17,6 +17,8 @@ struct result {
     std::optional<Eigen::Vector3d> dipole;  ///< e bohr
     std::string route;                      ///< in small letters, single blanks; empty where the file holds none
     std::string route_place;                ///< what a message about it begins with
+    std::string method;                     ///< with its basis, "rb3lyp/6-31g(d)"; empty where the file tells none
+    std::string method_place;               ///< what a message about it begins with
 };
 
 /// The geometry that a result must belong to.
@@ -45,8 +47,12 @@ struct results {
     Eigen::MatrixXd forces;      ///< (3N, 6N) a point a column; those of computed points are filled
     Eigen::Matrix3Xd dipoles;    ///< (3, 6N) in the same way; without columns where a point has none
     std::string without_dipole;  ///< the first file without a dipole moment; empty where all have one
-    int missing = 0;             ///< how many files of the list have no result
-    std::string route;           ///< of all logs, as result::route; empty where no file holds one
+    /// What a user must know beside the numbers, though nothing is refused for it.
+    std::vector<std::string> notices;
+    int missing = 0;            ///< how many files of the list have no result
+    std::string route;          ///< of all that have one, as result::route; empty where no file holds one
+    std::string method;         ///< of all that have one, as result::method, where a file has this and no route
+    std::size_t described = 0;  ///< how many results have the route or the method
 };
 
 /// Reads all results, several at a time.

@@ -9,7 +9,9 @@
 #include "base/error.hpp"
 #include "companion/program.hpp"
 #include "gaussian/checkpoint.hpp"
+#include "gaussian/constants.hpp"
 #include "new_files.hpp"
+#include "progress.hpp"
 
 namespace displacement_generator::assembler {
 
@@ -65,6 +67,9 @@ std::string notices(const std::string& list_path, const geometry_set& geometries
     if (!found.route.empty() && found.route != plain(geometries.reference.route)) {
         add("the route of the results is '" + base::shown(found.route, 200) + "', that of the .com files '" +
             base::shown(plain(geometries.reference.route), 200) + "'");
+    }
+    for (const std::string& notice : found.notices) {
+        add(notice);
     }
     if (made.largest_force > force_of_stationary_point) {
         add("the largest force at the reference is more than 0.00045 hartree/bohr: this is not a stationary point, and "
@@ -131,6 +136,18 @@ void check_outputs_of(const options& asked, const std::string& folder, const dis
     }
 }
 
+/// The analysis, with a word to who waits for it: the time grows with the third power of the size, and 200 atoms take
+/// some tenths of a second.
+analysis analysis_of(const Eigen::VectorXd& masses, const displacement_list& list, const geometry_set& geometries,
+                     results& found) {
+    constexpr Eigen::Index small = 200;
+    progress shown;
+    if (masses.size() >= small) {
+        shown.show("computing the vibrations of " + std::to_string(masses.size()) + " atoms");
+    }
+    return vibrations_of(masses, list, geometries, found);
+}
+
 displacement_list list_at(const std::string& path) {
     gaussian::source from(path, gaussian::opening::regular_only);
     return read_list(from);
@@ -151,7 +168,9 @@ void run(const options& asked) {
     check_refusals(base::shown(list_path, list_path.size()), refusals, list.files.size(),
                    list.files.size() - static_cast<std::size_t>(found.missing));
 
-    const analysis made = vibrations_of(masses, list, geometries, found);
+    const analysis made = analysis_of(masses, list, geometries, found);
+    const double unit_in_bohr = geometries.unit_in_angstrom / gaussian::bohr_in_angstrom;
+    check_hessian(base::shown(list_path, list_path.size()), made.hessian, list.dx * unit_in_bohr, found.described == 0);
     new_files files;
     if (!asked.molden.empty()) {
         files.write(asked.molden, molden_text(list, made));

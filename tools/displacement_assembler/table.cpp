@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "analysis.hpp"
+#include "base/error.hpp"
 #include "gaussian/symbols.hpp"
 
 namespace displacement_generator::assembler {
@@ -30,10 +31,25 @@ std::string group_name(std::string_view label) {
     return name;
 }
 
+/// What the results say that they were computed with; nothing where none of them says so.
+std::string computed_with(const displacement_list& list, const results& found) {
+    const bool has_route = !found.route.empty();
+    const std::string& text = has_route ? found.route : found.method;
+    if (text.empty()) {
+        return {};
+    }
+    return (has_route ? "# route of " : "# method of ") +
+           (found.described == list.files.size()
+                ? "the results"
+                : std::to_string(found.described) + " of " + std::to_string(list.files.size()) + " results") +
+           ": " + base::shown(text, text.size()) + "\n";
+}
+
 std::string heading(const options& asked, const displacement_list& list, const results& found, const analysis& made) {
     const std::size_t natom = list.numbers.size();
     std::string text = "# point group " + group_name(list.group) + ", species of " + group_name(made.group.name) + "\n";
     text += printed("# %zu of %zu displacements computed, dx = %.6f\n", list.files.size() - 1, 6 * natom, list.dx);
+    text += computed_with(list, found);
     text += found.reference.energy ? printed("# energy %.9f hartree\n", *found.reference.energy) : "# energy -\n";
     text += printed("# zero-point energy %.9f hartree", made.modes.zero_point_energy);
     text += made.modes.imaginary != 0

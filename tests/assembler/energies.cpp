@@ -1,0 +1,239 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <sstream>
+
+#include "model.hpp"
+
+using namespace displacement_generator;
+using namespace displacement_generator::assembler_tests;
+
+// Whether energies and forces belong together: what is refused, what is told, and what passes.
+
+namespace {
+
+constexpr const char* end_of_refusals =
+    "displacement_assembler: error: PES-0/files.out: 10 of 10 are there, not all of them can be used\n";
+constexpr const char* long_steps = "dx = 0.005";
+constexpr const char* short_steps = "dx = 0.001";
+
+/// Water in plain forces, each result changed as a test likes.
+class water_folder {
+  public:
+    using change = std::function<void(const std::string& name, support::twin_point& point)>;
+
+    explicit water_folder(const char* settings = long_steps) {
+        generate("water", settings);
+        molecule = make_model(read_geometry_file("PES-0/coord-0-00.com"));
+    }
+
+    [[nodiscard]] support::twin_point at(const std::string& name) const {
+        return molecule.at(read_geometry_file("PES-0/" + name + ".com"));
+    }
+
+    void write_forces(const change& changed, const char* energy_format = "%.10f") const {
+        for (const std::string& name : names()) {
+            support::twin_point point = at(name);
+            changed(name, point);
+            std::ostringstream text;
+            if (point.energy) {
+                char energy[64];
+                static_cast<void>(std::snprintf(energy, sizeof energy, energy_format, *point.energy));
+                text << "energy " << energy << "\n";
+            }
+            text.precision(12);
+            text << point.forces.transpose() << "\n";
+            support::write_file("PES-0/" + name + ".forces", text.str());
+        }
+    }
+
+    void write_logs(const change& changed) const {
+        for (const std::string& name : names()) {
+            support::twin_job job = job_of(molecule, name);
+            job.archive = false;  // which shows no more than seven decimals of an energy
+            changed(name, job.points[0]);
+            write_log(name, job);
+        }
+    }
+
+    support::scratch_folder folder;
+    model molecule;
+};
+
+void no_change(const std::string& /*unused*/, support::twin_point& /*unused*/) {}
+
+void expect_no_word(const char* what) {
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.status, 0) << what;
+    EXPECT_EQ(done.standard_error,
+              "PES-0/files.out: notice: no intensities: PES-0/coord-1-dx.forces has no dipole moment\n")
+        << what;
+}
+
+}  // namespace
+
+TEST(energies, those_of_the_forces_pass) {
+    for (const char* settings : {long_steps, short_steps, "dx = 0.02", "dx = 0.1"}) {
+        SCOPED_TRACE(settings);
+        const water_folder water(settings);
+        water.write_forces(no_change);
+        expect_no_word("all digits");
+        water.write_forces(no_change, "%.6f");
+        expect_no_word("six decimals");
+        water.write_forces([](const std::string& name, support::twin_point& point) {
+            if (name == "coord-0-00") {
+                point.energy.reset();
+            }
+        });
+        expect_no_word("no energy of the reference");
+        // A cubic potential with the strongest bonds there are: 1/6 t x^3 for each coordinate.
+        water.write_forces([&](const std::string& /*unused*/, support::twin_point& point) {
+            constexpr double bohr = 0.529177210903;
+            constexpr double third_derivative = -9.0;
+            const Eigen::Matrix3Xd x = (point.positions - water.molecule.reference.positions) / bohr;
+            *point.energy += third_derivative / 6.0 * x.array().cube().sum();
+            point.forces.array() -= third_derivative / 2.0 * x.array().square();
+        });
+        EXPECT_EQ(assemble().status, 0);
+        EXPECT_EQ(assemble().standard_error.find("energ"), std::string::npos) << assemble().standard_error;
+        // Loose convergence, and a coarse grid: at random but always the same.
+        for (const double noise : {1e-6, 8e-6}) {
+            water.write_forces([&](const std::string& name, support::twin_point& point) {
+                *point.energy += noise * std::sin(static_cast<double>(7 * name[6] + 5 * name[7] + 3 * name[9]));
+            });
+            expect_no_word("noise");
+        }
+    }
+}
+
+TEST(energies, a_single_stale_result_is_refused) {
+    const water_folder water;
+    const support::twin_point other = water.at("coord-2+dz");
+    water.write_forces([&](const std::string& name, support::twin_point& point) {
+        if (name == "coord-1-dy") {
+            point.forces = other.forces;
+            point.energy = other.energy;
+        }
+    });
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.status, 1);
+    EXPECT_EQ(done.standard_output, "");
+    EXPECT_TRUE(done.standard_error.starts_with("PES-0/coord-1-dy.forces: expected an energy of -76.0000"))
+        << done.standard_error;
+    EXPECT_TRUE(done.standard_error.ends_with(
+        std::string("; energy or forces are of another geometry or state, compute it again\n") + end_of_refusals))
+        << done.standard_error;
+}
+
+TEST(energies, a_reference_of_another_calculation_is_refused) {
+    const water_folder water;
+    water.write_forces([](const std::string& name, support::twin_point& point) {
+        if (name == "coord-0-00") {
+            *point.energy = -76.5;
+        }
+    });
+    EXPECT_EQ(assemble().standard_error,
+              std::string("PES-0/coord-0-00.forces: expected an energy of -76.0000000 hartree by its forces and those "
+                          "of the reference, found -76.5000000; energy or forces are of another geometry or state, "
+                          "compute it again\n") +
+                  end_of_refusals);
+}
+
+TEST(energies, a_log_of_another_state_is_refused_and_a_coarse_grid_told_of) {
+    const water_folder water;
+    for (const double off : {1.1e-4, 2e-5}) {
+        water.write_logs([&](const std::string& name, support::twin_point& point) {
+            if (name == "coord-1-dy") {
+                *point.energy += off;
+            }
+        });
+        const support::outcome done = assemble();
+        if (off > 1e-4) {
+            EXPECT_EQ(done.status, 1);
+            EXPECT_TRUE(done.standard_error.starts_with("PES-0/coord-1-dy.log: expected an energy of "));
+        } else {
+            EXPECT_EQ(done.status, 0);
+            EXPECT_EQ(done.standard_error,
+                      "PES-0/files.out: notice: some energies do not follow from the forces, that of "
+                      "PES-0/coord-1-dy.log is off by 2.0e-05 hartree\n");
+        }
+    }
+}
+
+TEST(energies, gradients_and_other_units_are_refused) {
+    struct unit_case {
+        double factor;
+        const char* shown;
+    };
+    for (const char* settings : {long_steps, short_steps}) {
+        const water_folder water(settings);
+        for (const unit_case& one :
+             {unit_case{-1.0, "-1"}, {51.4220674763, "0.0194"}, {-51.4220674763, "-0.0194"}, {1.889726, "0.529"}}) {
+            SCOPED_TRACE(one.factor);
+            water.write_forces(
+                [&](const std::string& /*unused*/, support::twin_point& point) { point.forces *= one.factor; });
+            const support::outcome done = assemble();
+            EXPECT_EQ(done.status, 1);
+            EXPECT_EQ(done.standard_output, "");
+            EXPECT_EQ(done.standard_error,
+                      "PES-0/files.out: expected energies that follow from the forces, found those of forces " +
+                          std::string(one.shown) +
+                          " times as large; .forces files have forces and not gradients, in hartree/bohr, of these "
+                          "geometries, and energies in hartree\n" +
+                          end_of_refusals);
+        }
+    }
+}
+
+TEST(energies, those_of_another_level_are_told_of) {
+    const water_folder water;
+    // As a self-consistent field beside forces of a correlated method: other force constants, and not at its minimum.
+    const auto other_level = [&](const std::string& /*unused*/, support::twin_point& point) {
+        const Eigen::Matrix3Xd x = (point.positions - water.molecule.reference.positions) / 0.529177210903;
+        *point.energy += 0.05 * (*point.energy + 76.0) + 0.01 * x.sum();
+    };
+    const std::string told =
+        "PES-0/files.out: notice: the energies do not follow from the forces, that of PES-0/coord-";
+    const std::string reason = " hartree: they are of another level, or the forces are not of these geometries\n";
+    water.write_forces(other_level);
+    support::outcome done = assemble();
+    EXPECT_EQ(done.status, 0);
+    EXPECT_TRUE(done.standard_error.starts_with(told)) << done.standard_error;
+    EXPECT_NE(done.standard_error.find(reason), std::string::npos);
+    water.write_logs(other_level);
+    done = assemble();
+    EXPECT_EQ(done.status, 0);
+    EXPECT_TRUE(done.standard_error.starts_with(told)) << done.standard_error;
+    EXPECT_TRUE(done.standard_error.ends_with(reason)) << done.standard_error;
+    // Logs are never refused for a factor, which their forces cannot have.
+    water.write_logs([](const std::string& /*unused*/, support::twin_point& point) {
+        point.energy = -76.0 - 2.0 * (*point.energy + 76.0);
+    });
+    EXPECT_EQ(assemble().status, 0);
+}
+
+TEST(energies, huge_numbers_are_told_of) {
+    const water_folder water;
+    water.write_forces([](const std::string& name,
+                          support::twin_point& point) { *point.energy *= name == "coord-1-dx" ? 1e300 : -1e300; },
+                       "%.3e");
+    support::outcome done = assemble();
+    EXPECT_EQ(done.status, 0);
+    EXPECT_TRUE(done.standard_error.starts_with("PES-0/files.out: notice: the energies do not follow from the forces"))
+        << done.standard_error;
+    water.write_forces(
+        [](const std::string& /*unused*/, support::twin_point& point) { point.forces.setConstant(1.7e308); });
+    done = assemble();
+    EXPECT_NE(done.status, 0);
+}
+
+TEST(energies, a_number_that_stands_for_all_is_told_of) {
+    const water_folder water;
+    water.write_forces([](const std::string& /*unused*/, support::twin_point& point) { point.energy = -76.0; });
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.status, 0);
+    EXPECT_TRUE(done.standard_error.starts_with(
+        "PES-0/files.out: notice: all energies are the same: they could not be held against the forces\n"))
+        << done.standard_error;
+}

@@ -1,0 +1,56 @@
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+#include "analysis.hpp"
+#include "base/error.hpp"
+
+namespace displacement_generator::assembler {
+
+namespace {
+
+/// Noise of forces (hartree/bohr) that leaves no frequency worth its name: ten times that of coarse grids.
+constexpr double noise_of_forces = 1e-4;
+/// What higher derivatives add (hartree/bohr^4), with much to spare: fourth ones are about 20 along the strongest
+/// bonds, and a sixth of them counts.
+constexpr double higher_derivatives = 10.0;
+/// Far above the stiffest coordinate of any molecule, which has about 3 hartree/bohr^2.
+constexpr double stiffest = 15.0;
+/// The sum of the diagonal (hartree/bohr^2) grows with the electrons at the nuclei, and is positive but for noise.
+constexpr double least_sum = -0.01;
+
+std::string number(double value) {
+    std::array<char, 64> text{};
+    static_cast<void>(std::snprintf(text.data(), text.size(), "%.3g", value));
+    return text.data();
+}
+
+[[noreturn]] void refuse(const std::string& place, const std::string& what) {
+    throw base::run_error(place + ": " + what, base::message_stream::standard_error, 1);
+}
+
+}  // namespace
+
+void check_hessian(const std::string& place, const vibration::hessian_result& made, double step, bool is_plain) {
+    if (step > 0.0 && made.largest_asymmetry > noise_of_forces / step + higher_derivatives * step * step) {
+        refuse(place, "expected the forces of one potential, found a Hessian with an asymmetry of " +
+                          number(made.largest_asymmetry) + " hartree/bohr^2 between " + coordinate_name(made.row) +
+                          " and " + coordinate_name(made.column) +
+                          "; results of these points, or of those from which they follow, are of another geometry, "
+                          "frame or unit");
+    }
+    if (!is_plain) {
+        return;
+    }
+    Eigen::Index c = 0;
+    if (const double largest = made.hessian.diagonal().maxCoeff(&c); largest > stiffest) {
+        refuse(place, "expected forces in hartree/bohr, found a Hessian with " + number(largest) +
+                          " hartree/bohr^2 for " + coordinate_name(c) + "; the .forces files are of another unit");
+    }
+    if (const double sum = made.hessian.trace(); sum < least_sum) {
+        refuse(place, "expected forces, found a Hessian whose diagonal has the sum " + number(sum) +
+                          " hartree/bohr^2; the .forces files hold gradients, which have the other sign");
+    }
+}
+
+}  // namespace displacement_generator::assembler
