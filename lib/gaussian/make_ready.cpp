@@ -107,6 +107,34 @@ void check_connectivity(const input& source, const section& found, const section
     }
 }
 
+[[noreturn]] void stop_at_doubtful(const input& source, const section& found, const section_claim& owner) {
+    stop_at(source.name, found.line,
+            "found " + shown_first_line(found) + " after the molecule, and nobody can tell whether it belongs to '" +
+                base::shown(owner.owner) + "'; take that keyword and its section out");
+}
+
+/// Takes the sections of analyses off the end, after those that the energy needs: where all are there, and no more.
+///   others  in      how many others there should be
+///   rest    in/out  sections; an empty one counts for nothing
+void remove_analyses(const input& source, const std::vector<section_claim>& analyses, std::size_t others,
+                     std::vector<section>& rest) {
+    const auto has_lines = [](const section& found) { return !found.lines.empty(); };
+    const auto found = static_cast<std::size_t>(std::count_if(rest.begin(), rest.end(), has_lines));
+    if (analyses.empty() || found == 0) {
+        return;
+    }
+    if (found != others + analyses.size() && (others > 0 || found > analyses.size())) {
+        stop_at_doubtful(source, *std::find_if(rest.begin(), rest.end(), has_lines), analyses.front());
+    }
+    std::size_t left = found - std::min(others, found);
+    for (; !rest.empty() && (left > 0 || !has_lines(rest.back())); rest.pop_back()) {
+        if (has_lines(rest.back())) {
+            check_removed(source, rest.back(), analyses.front());
+            --left;
+        }
+    }
+}
+
 /// Puts those sections after the molecule that stay.
 ///   has_connectivity  out  whether a connectivity is among them
 std::vector<section> ready_sections(const input& source, bool keep_connectivity, bool keep_others,
@@ -116,9 +144,10 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
     std::vector<section> kept;
     std::size_t at = 0;
     std::vector<section_claim> late;
+    std::vector<section_claim> analyses;
     for (const section_claim& owner : claims_of(source.keywords)) {
-        if (owner.place == other_place) {
-            late.push_back(owner);
+        if (owner.place >= other_place) {
+            (owner.place == other_place ? late : analyses).push_back(owner);
             continue;
         }
         if (at == all.size()) {
@@ -145,22 +174,21 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
     }
     const auto removed = static_cast<std::size_t>(std::count_if(
         late.begin(), late.end(), [](const section_claim& owner) { return owner.what == fate::removed; }));
-    const bool is_all_removed = removed == late.size() && removed > 0 && all.size() - at <= removed;
-    if (removed > 0 && at < all.size() && !is_all_removed) {
-        const auto owner = std::find_if(late.begin(), late.end(),
-                                        [](const section_claim& claim) { return claim.what == fate::removed; });
-        stop_at(source.name, all[at].line,
-                "found " + shown_first_line(all[at]) +
-                    " after the molecule, and nobody can tell whether it belongs to '" + base::shown(owner->owner) +
-                    "'; take that keyword and its section out");
-    }
-    if (is_all_removed) {
+    std::vector<section> rest(all.begin() + static_cast<std::ptrdiff_t>(at), all.end());
+    remove_analyses(source, analyses, late.size(), rest);
+    if (removed > 0 && !rest.empty()) {
+        if (removed < late.size() || rest.size() > removed) {
+            const auto owner = std::find_if(late.begin(), late.end(),
+                                            [](const section_claim& claim) { return claim.what == fate::removed; });
+            stop_at_doubtful(source, rest.front(), *owner);
+        }
         return kept;
     }
     if (keep_others) {
-        kept.insert(kept.end(), all.begin() + static_cast<std::ptrdiff_t>(at), all.end());
-    } else if (at < all.size()) {
-        notices.push_back({all[at].line, "the sections after the molecule are left out: the new route asks for none"});
+        kept.insert(kept.end(), rest.begin(), rest.end());
+    } else if (!rest.empty()) {
+        notices.push_back(
+            {rest.front().line, "the sections after the molecule are left out: the new route asks for none"});
     }
     return kept;
 }
@@ -253,7 +281,7 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
 ready_input make_ready(const std::string& name, int line, std::string_view route, std::string_view title,
                        const molecule& atoms, std::vector<notice>& notices) {
     const std::string place = line > 0 ? place_of(name, line) : name;
-    const gaussian::route job = without_analysis(parse_route(route, place), line, notices);
+    const gaussian::route job = parse_route(route, place);
     const gaussian::route ready = ready_route(job, false, place, line, notices);
     check_sections_exist(ready, place);
     ready_input result;

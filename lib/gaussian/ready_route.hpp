@@ -14,12 +14,13 @@ namespace displacement_generator::gaussian {
 struct section_claim {
     enum class fate { kept, removed, unknown_count };
 
-    int place;          ///< in the order in which Gaussian reads sections; `last_known_place` is the last that is known
+    int place;          ///< a `section_place`
     std::string owner;  ///< the keyword, as written
     fate what;
 };
 
-/// Places of sections, in Gaussian's order. Those from `other` on are not told apart.
+/// Places of sections, in Gaussian's order. Those at `other_place` are not told apart, nor those at `analysis_place`:
+/// of what is computed after the energy.
 enum section_place {
     connectivity_place,
     frozen_place,
@@ -31,6 +32,7 @@ enum section_place {
     trajectory_place,
     path_place,
     other_place,
+    analysis_place,
 };
 
 /// Whether a keyword begins a job type, or says how to go on with one, and is left out of a ready route.
@@ -50,12 +52,6 @@ bool has_connectivity(const route& job);
 
 /// The keyword that puts a field or charges in space; empty where there is none.
 std::string stands_in_space(const route& job);
-
-/// A route without options that only analyse the result, and need a section for it: for a source without sections.
-///   job      in
-///   line     in      what a notice names
-///   notices  in/out
-route without_analysis(const route& job, int line, std::vector<notice>& notices);
 
 /// A route without what a ready one cannot have, with `force` and `nosymm`.
 ///   job               in

@@ -109,9 +109,34 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         {job("# hf freq=(anharmonic,readanharm)", "\nprint=all\n\n"), ready("# hf force nosymm")},
         {job("# hf opt=addgic", "\nR(1,2)=B(1,2)\n\n"), ready("# hf force nosymm")},
         {job("# hf admp=(stepsize=1000)", ""), ready("# hf force nosymm")},
+        {job("# hf output=wfx", "\nh2.wfx\n\n"), ready("# hf force nosymm")},
+        {job("# hf output=(wfn,pickett)", "\nh2.wfn\n"), ready("# hf force nosymm")},
+        {job("# hf output=wfn", ""), ready("# hf force nosymm")},
+        {job("# hf/gen output=wfx", "\n" + basis + "h2.wfx\n\n"), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen output=wfx", "\n" + basis + "\nh2.wfx\n\n"), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen output=pickett", "\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# output=wfx hf/genecp scrf=read pop=(nboread,full)",
+             "\n" + basis + "H 0\nH-ECP 1 2\n\neps=5.\n\n$NBO $END\n\nh2.wfx\n\n"),
+         ready("# hf/genecp scrf=read pop=full force nosymm", basis + "H 0\nH-ECP 1 2\n\neps=5.\n\n")},
+        {job("# hf/gen pseudo=read pop=nboread", "\n" + basis + "H 0\nH-ECP 1 2\n\n$NBO $END\n\n"),
+         ready("# hf/gen pseudo=read force nosymm", basis + "H 0\nH-ECP 1 2\n\n")},
+        {job("# hf/gen nmr=(spinspin,readatoms)", "\n" + basis + "atoms=1\n\n"), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen prop=(efg,read)", "\n" + basis + "0. 0. 1.\n\n"),
+         ready("# hf/gen prop=efg force nosymm", basis)},
+        {job("# hf prop=opt", "\n0. 0. 1.\n\n"), ready("# hf force nosymm")},
+        {job("# hf/gen pop=(mk,readradii)", "\n" + basis + "H 1.2\n\n"), ready("# hf/gen pop=mk force nosymm", basis)},
+        {job("# hf/gen cube=density", "\n" + basis + "h2.cube\n0 0. 0. 0.\n\n"), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen nmr formcheck punch=mo", "\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen freq cphf=rdfreq", "\n0.1\n\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# hf charge polar cphf=(rdfreq,conver=9)", "\n0.1\n\n0 0 5 1\n\n"),
+         ready("# hf charge cphf=conver=9 force nosymm", "0 0 5 1\n\n")},
+        {job("# casscf(2,2,stateaverage)/sto-3g output=wfn", "\n0.5 0.5\n\nh2.wfn\n\n"),
+         ready("# casscf(2,2,stateaverage)/sto-3g force nosymm", "0.5 0.5\n\n")},
+        {job("# hf scrf=dipole output=wfn", "\n3.5 78.4\n\nh2.wfn\n\n"),
+         ready("# hf scrf=dipole force nosymm", "3.5 78.4\n\n")},
         {job("# hf/gen", "\n" + basis + "\nrest\n"), ready("# hf/gen force nosymm", basis + "\nrest\n\n")},
         {job("# hf guess=alter pop=nboread", "\n1 2\n\n$NBO $END\n\n"),
-         ready("# hf guess=alter pop=nboread force nosymm", "1 2\n\n$NBO $END\n\n")},
+         ready("# hf guess=alter force nosymm", "1 2\n\n")},
         {job("# hf geom=connectivity", "\n 1 2 1.0\n 2\n"), ready("# hf geom=connectivity force nosymm", connectivity)},
         {job("# hf geom=connectivity", ""), ready("# hf force nosymm")},
     };
@@ -180,6 +205,20 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
          "m:9: found '0 0 0' after the molecule, and nobody can tell whether it belongs to 'admp=readvelocity'; take "
          "that "
          "keyword and its sections out"},
+        {job("# hf/gen output=wfx", "\n" + basis),
+         "m:9: found 'H 0' after the molecule, and nobody can tell whether it belongs to 'output=wfx'; take that "
+         "keyword "
+         "and its section out"},
+        {job("# hf/gen output=wfx", "\n" + basis + "h2.wfx\n\nnote\n\n"),
+         "m:9: found 'H 0' after the molecule, and nobody can tell whether it belongs to 'output=wfx'; take that "
+         "keyword "
+         "and its section out"},
+        {job("# hf pop=nboread", "\n\n$NBO $END\n\n$NBO $END\n\n"),
+         "m:10: found '$NBO $END' after the molecule, and nobody can tell whether it belongs to 'pop=nboread'; take "
+         "that "
+         "keyword and its section out"},
+        {job("# hf output=wfx", "\n" + basis),
+         "m:11: expected the section of 'output=wfx', found '****'; take the keyword out, or give its section"},
         {job("# uff", "", "H-H_ 0 0 0\nH 0 0 .74\n"),
          "m:6: found an atom with a type for the force field 'uff', which cannot be kept; give the route of another "
          "method"},
@@ -264,8 +303,8 @@ TEST(make_ready, takes_a_molecule_that_was_in_no_input) {
     };
     EXPECT_EQ(made("#p hf opt freq geom=(check,connectivity)", " t "), ready("#p hf force nosymm"));
     EXPECT_EQ(made("# hf freq=noraman cphf=noread", "t"), ready("# hf cphf=noread force nosymm"));
-    EXPECT_EQ(made("# hf pop=nboread output=wfn", "t"), ready("# hf force nosymm"));
-    EXPECT_EQ(notices.size(), 2U);
+    EXPECT_EQ(made("# hf pop=nboread output=wfn nmr", "t"), ready("# hf force nosymm"));
+    EXPECT_EQ(notices.size(), 3U);
     EXPECT_EQ(made("# hf", "#"), "# hf force nosymm\n\n- #\n\n0 1\n" + hydrogen + "\n");
     EXPECT_EQ(made("# hf", " "), "# hf force nosymm\n\nno title\n\n0 1\n" + hydrogen + "\n");
     EXPECT_EQ(

@@ -153,8 +153,8 @@ TEST(route, becomes_ready) {
          "will not have; give them in the frame of the input|standard error|2"},
         {"# hf guess=tcheck", "# hf guess=tcheck force nosymm"},
         {"# hf units=bohr", "# hf force nosymm|'units=bohr' left out: coordinates are written in angstrom"},
-        {"# hf pop=nbo nmr SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine",
-         "# hf pop=nbo nmr SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine force nosymm"},
+        {"# hf pop=nbo SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine",
+         "# hf pop=nbo SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine force nosymm"},
         {"# b3lyp/chkbasis",
          "r:1: 'b3lyp/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
          "input|standard error|2"},
@@ -204,27 +204,43 @@ TEST(route, that_is_ready_stays_as_it_is) {
     }
 }
 
-TEST(route, of_a_source_without_sections_has_no_analysis_that_needs_one) {
+TEST(route, that_is_ready_has_no_analysis_that_needs_a_section_or_writes_a_shared_file) {
     const auto without = [](std::string_view text) {
         std::vector<gaussian::notice> notices;
-        std::string result = gaussian::text_of(gaussian::without_analysis(parse_route(text, "r:1"), 3, notices));
+        std::string result =
+            gaussian::text_of(gaussian::ready_route(parse_route(text, "r:1"), true, "r:1", 3, notices));
+        EXPECT_TRUE(result.ends_with(" force nosymm")) << result;
+        result.resize(result.size() - std::string_view(" force nosymm").size());
         for (const gaussian::notice& told : notices) {
-            result.append("|").append(std::to_string(told.line)).append(told.text.substr(0, told.text.find(" left")));
+            result.append("|").append(std::to_string(told.line)).append(told.text);
         }
         return result;
     };
-    EXPECT_EQ(without("# hf pop=nboread"), "# hf|3'nboread' of 'pop=nboread'");
+    const std::string no_force = " left out: forces do not depend on it";
+    const std::string same_file = " left out: all jobs would write the same file";
+    EXPECT_EQ(without("# hf pop=nboread"), "# hf|3'nboread' of 'pop=nboread'" + no_force);
+    EXPECT_EQ(without("# hf pop=(nbodel,full)"), "# hf pop=full|3'nbodel' of 'pop=(nbodel,full)'" + no_force);
     EXPECT_EQ(without("# hf Population(Full,NBO7Read,ReadRadii)"),
-              "# hf Population=Full|3'NBO7Read' of 'Population(Full,NBO7Read,ReadRadii)'|3'ReadRadii' of "
-              "'Population(Full,NBO7Read,ReadRadii)'");
-    EXPECT_EQ(without("# hf cphf=(rdfreq,noread)"), "# hf cphf=noread|3'rdfreq' of 'cphf=(rdfreq,noread)'");
-    EXPECT_EQ(without("# output=wfx hf"), "# hf|3'wfx' of 'output=wfx'");
-    EXPECT_EQ(without("# hf output(wfn,pickett)"), "# hf output=pickett|3'wfn' of 'output(wfn,pickett)'");
-    EXPECT_EQ(without("# hf prop=(efg,read) nmr=readatoms"),
-              "# hf prop=efg|3'read' of 'prop=(efg,read)'|3'readatoms' of "
-              "'nmr=readatoms'");
-    for (const char* text : {"# hf/gen pop=(nbo,full) nmr output=pickett", "# hf scrf=(read) pop guess=read"}) {
-        EXPECT_EQ(without(text), text);  // what changes the forces stays
+              "# hf Population=Full|3'NBO7Read' of 'Population(Full,NBO7Read,ReadRadii)'" + no_force +
+                  "|3'ReadRadii' of 'Population(Full,NBO7Read,ReadRadii)'" + no_force);
+    EXPECT_EQ(without("# hf cphf=(rdfreq,noread)"), "# hf cphf=noread|3'rdfreq' of 'cphf=(rdfreq,noread)'" + no_force);
+    EXPECT_EQ(without("# hf CPHF(ReadFreq)"), "# hf|3'ReadFreq' of 'CPHF(ReadFreq)'" + no_force);
+    EXPECT_EQ(without("# hf prop=(efg,read)"), "# hf prop=efg|3'read' of 'prop=(efg,read)'" + no_force);
+    EXPECT_EQ(without("# hf properties=opt"), "# hf|3'opt' of 'properties=opt'" + no_force);
+    for (const char* keyword : {"NMR", "nmr=giao", "nmr=(spinspin,readatoms)", "output=pickett", "Output"}) {
+        EXPECT_EQ(without(std::string("# ").append(keyword).append(" hf")),
+                  std::string("# hf|3'").append(keyword).append("'").append(no_force));
+    }
+    for (const char* keyword :
+         {"output=wfx", "output(wfn,pickett)", "Output=PSI", "output=RawMatrixElement", "output=(matrix)",
+          "Punch=(MO,derivatives)", "cube=density", "FormCheck", "formchk=all"}) {
+        EXPECT_EQ(without(std::string("# ").append(keyword).append(" hf")),
+                  std::string("# hf|3'").append(keyword).append("'").append(same_file));
+    }
+    for (const char* text :
+         {"# hf/gen pop=(nbo,full) prop=efg", "# hf scrf=(read) pop", "# td=(nstates=3,root=2) cphf=conver=9 density",
+          "# hf gfinput iop(6/7=3) pseudo=read", "# output98 nmrx"}) {
+        EXPECT_EQ(without(text), text);
     }
 }
 
