@@ -335,6 +335,10 @@ bool is_without_symmetry(const route_keyword& keyword) {
 
 void tell_of_removed(const route_keyword& keyword, int line, std::vector<notice>& notices) {
     const std::string shown = quoted(keyword.text);
+    if (!keyword.stray_options.empty()) {
+        notices.push_back({line, quoted(keyword.stray_options) + " taken for options of '" + keyword.name() +
+                                     "', and left out with it"});
+    }
     if (keyword.name().starts_with("stab")) {
         notices.push_back({line, shown + " left out: make sure that the jobs find the stable wave function"});
     } else if (option_of(keyword, {"readiso", "rdiso"}) != nullptr) {
@@ -375,6 +379,18 @@ bool is_job_type(const route_keyword& keyword) {
     return is_optimization(keyword) || begins_with_any(keyword.name(), {"freq", "irc", "stab", "traj"}) ||
            is_one_of(keyword.name(),
                      {"sp", "singlepoint", "scan", "polar", "admp", "bomd", "forces", "volume", "eet", "lst", "lsta"});
+}
+
+bool is_stray_option(const route_keyword& keyword) {
+    return keyword.parts.size() == 1 &&
+           (is_one_of(keyword.name(), {"ts",        "qst2",      "qst3",   "tight",   "verytight", "loose", "expert",
+                                       "cartesian", "redundant", "rfo",    "rcfc",    "readfc",    "raman", "vcd",
+                                       "roa",       "numer",     "enonly", "forward", "reverse",   "lqa",   "hpc"}) ||
+            begins_with_any(keyword.name(),
+                            {"calcfc", "calcall",  "estmfc",  "newestm",  "noeigen", "eigentest", "modred",
+                             "addred", "z-mat",    "zmat",    "gdiis",    "gediis",  "maxcyc",    "maxstep",
+                             "maxp",   "stepsize", "recalc",  "notrust",  "noraman", "hpmode",    "readiso",
+                             "anharm", "savenorm", "intmode", "hindered", "readopt", "readfreez"}));
 }
 
 bool is_restart(const route& job) {

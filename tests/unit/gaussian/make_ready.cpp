@@ -87,6 +87,7 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         {job("# hf opt=modredundant", "\n"), ready("# hf force nosymm")},
         {job("# hf\n#p opt freq scf=xqc", ""), ready("# hf scf=xqc force nosymm")},
         {job("# hf\n#pbepbe opt", ""), ready("# hf pbepbe force nosymm")},
+        {job("# hf/gen opt=tight,modredundant", "\nB 1 2 F\n\n" + basis), ready("# hf/gen force nosymm", basis)},
         {job("# hf/gen freq=(modredundant,intmodes)", "\nB 1 2 F\n\n" + basis), ready("# hf/gen force nosymm", basis)},
         {job("# hf opt=modredundant", ""), ready("# hf force nosymm")},
         {job("# hf Opt(ModRedun,TS)", "\n* * B\n1 2 F\n\n"), ready("# hf force nosymm")},

@@ -52,6 +52,13 @@ TEST(route, is_taken_apart) {
         {"# opt=(ts)freq hf/6-31g(d)scf=tight", "#: opt[ts|ts] freq hf/6-31g[d|d] scf[tight|tight]"},
         {"# mp4(sdtq)/6-31g(d) ccsd(t)-f12", "#: mp4[sdtq|sdtq]/6-31g[d|d] ccsd[|(t)-f12]"},
         {"# scf=(a\tb) x", "#: scf[a|a][b|b] x"},
+        {"# opt=calcfc,tight,ts hf", "#: opt[calcfc|calcfc][tight|tight][ts|ts] hf"},
+        {"# Opt(ts), CalcFC NoEigenTest,MaxCycles=50 freq,raman",
+         "#: opt[ts|ts][calcfc|CalcFC][noeigentest|NoEigenTest][maxcycles|MaxCycles=50] freq[raman|raman]"},
+        {"# opt,scf=tight,tight", "#: opt scf[tight|tight] tight"},  // of no job type
+        {"# tight opt hf ts", "#: tight opt hf ts"},
+        {"# opt,ts/6-31g", "#: opt ts/6-31g"},  // no word by itself
+        {"# opt,maxdisk=1gb,test,temperature=300,symm", "#: opt maxdisk[1gb|1gb] test temperature[300|300] symm"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(parts_of(row.text), row.parts) << row.text;
@@ -99,6 +106,9 @@ TEST(route, becomes_ready) {
         {"# hf symm", "# hf force nosymm|'symm' left out: 'nosymm' takes its place"},
         {"# Optimize=(ts,calcfc) hf", "# hf force nosymm"},
         {"# fopt hf", "# hf force nosymm"},
+        {"# opt=calcfc,tight,TS hf", "# hf force nosymm|'tight,TS' taken for options of 'opt', and left out with it"},
+        {"# hf opt freq noraman scf=qc",
+         "# hf scf=qc force nosymm|'noraman' taken for options of 'freq', and left out with it"},
         {"# freq(noraman) hf", "# hf force nosymm"},
         {"# frequency hf", "# hf force nosymm"},
         {"# irc=(calcfc) ircmax hf", "# hf force nosymm"},
@@ -194,6 +204,22 @@ TEST(route, has_no_other_job_type_when_it_is_ready) {
           "scan", "polar",       "admp", "bomd", "trajectories", "forces",   "volume", "eet",         "lst", "LSTA"}) {
         EXPECT_EQ(ready(std::string("# hf ").append(type)), "# hf force nosymm") << type;
         EXPECT_EQ(ready(std::string("# ").append(type).append("=(x,y) hf")), "# hf force nosymm") << type;
+    }
+}
+
+TEST(route, has_no_bare_options_of_a_job_type_when_it_is_ready) {
+    for (const char* option :
+         {"ts",        "QST2",       "qst3",     "tight",     "verytight", "loose",     "expert",
+          "cartesian", "redundant",  "rfo",      "rcfc",      "readfc",    "raman",     "vcd",
+          "roa",       "numer",      "enonly",   "forward",   "reverse",   "lqa",       "hpc",
+          "calcfc",    "calcall",    "estmfc",   "newestmfc", "noeigen",   "eigentest", "modredundant",
+          "addred",    "z-matrix",   "zmatrix",  "gdiis",     "gediis",    "maxcyc=9",  "maxstep=5",
+          "maxp=20",   "stepsize=5", "recalc=3", "notrust",   "noraman",   "hpmodes",   "readisotopes",
+          "anharm",    "savenorm",   "intmodes", "hindered",  "readopt",   "readfreeze"}) {
+        EXPECT_EQ(ready(std::string("# irc ").append(option).append(" hf")).substr(0, 18), "# hf force nosymm|")
+            << option;
+        EXPECT_EQ(ready(std::string("# irc hf ").append(option)),
+                  std::string("# hf ").append(option).append(" force nosymm"));
     }
 }
 
