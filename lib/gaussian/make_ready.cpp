@@ -56,6 +56,8 @@ std::vector<std::string> ready_title(const std::vector<std::string>& title, int 
     return ready;
 }
 
+constexpr std::string_view marks_of_constraints[] = {"freeze", "frozen", "(f)", "(f,", "nstep", "stepsize"};
+
 bool is_basis_end(std::string_view line) { return stripped(line).starts_with("****"); }
 
 /// Whether a line may be one of ModRedundant, of a generalised internal coordinate, or of a list of atoms.
@@ -77,6 +79,36 @@ void check_removed(const input& source, const section& found, const section_clai
             stop_at(source.name, found.line + static_cast<int>(i),
                     "expected the section of '" + base::shown(owner.owner) + "', found '" +
                         base::shown(found.lines[i]) + "'; take the keyword out, or give its section");
+        }
+    }
+}
+
+/// Whether a line of ModRedundant, or of a generalised internal coordinate, freezes or scans something.
+bool is_constraint(std::string_view line) {
+    line = line.substr(0, line.find('!'));
+    if (line.find_first_of("(") != std::string_view::npos) {
+        const std::string text = lower(line);
+        return std::any_of(std::begin(marks_of_constraints), std::end(marks_of_constraints),
+                           [&](std::string_view mark) { return text.find(mark) != std::string::npos; });
+    }
+    const std::vector<std::string_view> fields = fields_of(line);
+    return !fields.empty() && std::any_of(fields.begin() + 1, fields.end(), [](std::string_view field) {
+        return is_one_of(field, {"f", "s"});
+    });
+}
+
+/// Tells of the first line of a section that goes and that an optimisation may not leave a stationary point with.
+void tell_of_constraints(const section& found, const section_claim& owner, std::vector<notice>& notices) {
+    if (owner.place != modredundant_place && owner.place != frozen_place) {
+        return;
+    }
+    for (std::size_t i = 0; i < found.lines.size(); ++i) {
+        if (owner.place == frozen_place ? has_text(found.lines[i]) : is_constraint(found.lines[i])) {
+            notices.push_back({found.line + static_cast<int>(i),
+                               quoted(stripped(found.lines[i])) +
+                                   " left out, which freezes or scans coordinates: make sure that the geometry is a "
+                                   "stationary point"});
+            return;
         }
     }
 }
@@ -168,6 +200,7 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
             }
         } else if (owner.what == fate::removed) {
             check_removed(source, found, owner);
+            tell_of_constraints(found, owner, notices);
         } else if (keep_others) {
             kept.push_back(found);
         }
@@ -258,6 +291,13 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
                                        has_connectivity(source.keywords) && !source.sections.front().lines.empty();
     const bool keep_connectivity = can_keep_connectivity && has_connectivity(job);
     const route ready = ready_route(job, keep_connectivity, place, line, notices);
+    for (const route_keyword& keyword : source.keywords.keywords) {
+        if (is_optimization(keyword)) {
+            notices.push_back({source.route_line, quoted(keyword.text) +
+                                                      " left out: the geometry is taken as it is, make sure that it is "
+                                                      "optimised already"});
+        }
+    }
     const std::string in_space = stands_in_space(ready);
     check_atoms_suit(source, job, in_space);
     if (has_connectivity(job) && !keep_connectivity) {

@@ -42,6 +42,9 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
 ready_input make_ready(const std::string& name, int line, std::string_view route, std::string_view title,
                        const molecule& atoms, std::vector<notice>& notices);
 
+/// The keyword of a route whose section may freeze or scan coordinates in an optimisation; empty where there is none.
+std::string may_be_constrained(const route& job);
+
 /// The text of a ready input, which the generator takes and read_input reads again as the same molecule, to the last
 /// digit printed. Stops the run where the generator would misunderstand it, and where a coordinate does not fit its
 /// columns with a blank before it, that is at 10000 and at -1000 angstrom.

@@ -36,9 +36,6 @@ bool has_part(const route_keyword& keyword, words names) {
 }
 
 bool is_geometry(const route_keyword& keyword) { return is_one_of(keyword.name(), {"geom", "geometry"}); }
-bool is_optimization(const route_keyword& keyword) {
-    return begins_with_any(keyword.name(), {"opt"}) || is_one_of(keyword.name(), {"fopt", "popt"});
-}
 bool is_force_field(const route_keyword& keyword) {
     return is_one_of(keyword.name(), {"amber", "dreiding", "uff", "mm"});
 }
@@ -375,6 +372,10 @@ void add_missing(std::string_view name, route& ready) {
 
 }  // namespace
 
+bool is_optimization(const route_keyword& keyword) {
+    return begins_with_any(keyword.name(), {"opt"}) || is_one_of(keyword.name(), {"fopt", "popt"});
+}
+
 bool is_job_type(const route_keyword& keyword) {
     return is_optimization(keyword) || begins_with_any(keyword.name(), {"freq", "irc", "stab", "traj"}) ||
            is_one_of(keyword.name(),
@@ -426,6 +427,15 @@ std::vector<section_claim> claims_of(const route& job) {
     std::stable_sort(claims.begin(), claims.end(),
                      [](const section_claim& a, const section_claim& b) { return a.place < b.place; });
     return claims;
+}
+
+std::string may_be_constrained(const route& job) {
+    for (const section_claim& claim : claims_of(job)) {
+        if (claim.place == frozen_place || claim.place == modredundant_place) {
+            return claim.owner;
+        }
+    }
+    return {};
 }
 
 std::string stands_in_space(const route& job) {

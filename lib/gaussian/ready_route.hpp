@@ -38,6 +38,9 @@ enum section_place {
 /// Whether a keyword begins a job type, or says how to go on with one, and is left out of a ready route.
 bool is_job_type(const route_keyword& keyword);
 
+/// Whether a keyword optimises the geometry.
+bool is_optimization(const route_keyword& keyword);
+
 /// Whether a word by itself can only be an option of a job type.
 bool is_stray_option(const route_keyword& keyword);
 

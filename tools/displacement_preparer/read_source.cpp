@@ -7,6 +7,7 @@
 #include "base/error.hpp"
 #include "gaussian/checkpoint.hpp"
 #include "gaussian/checkpoint_route.hpp"
+#include "gaussian/fields.hpp"
 #include "gaussian/lines.hpp"
 #include "gaussian/log.hpp"
 #include "gaussian/read_input.hpp"
@@ -40,6 +41,15 @@ std::string made_title(const std::string& name) {
 ///   line  in  of the source's route; 0: none
 void make_ready(const options& asked, int line, const std::string& title, const gaussian::molecule& atoms,
                 source_molecule& result) {
+    if (!result.old_route.empty()) {
+        const std::string place = line > 0 ? gaussian::place_of(result.name, line) : result.name;
+        if (const std::string keyword = gaussian::may_be_constrained(gaussian::parse_route(result.old_route, place));
+            !keyword.empty()) {
+            result.notices.push_back({line, gaussian::quoted(keyword) +
+                                                " may freeze or scan coordinates: make sure that the geometry is a "
+                                                "stationary point"});
+        }
+    }
     const bool is_replaced = !asked.route.empty();
     result.ready = gaussian::make_ready(is_replaced ? "the new route" : result.name, is_replaced ? 0 : line,
                                         is_replaced ? asked.route : result.old_route, title, atoms, result.notices);

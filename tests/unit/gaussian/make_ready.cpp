@@ -150,6 +150,29 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
     }
 }
 
+TEST(make_ready, tells_of_coordinates_that_were_frozen_or_scanned) {
+    const std::string optimised = " left out: the geometry is taken as it is, make sure that it is optimised already\n";
+    const std::string frozen =
+        " left out, which freezes or scans coordinates: make sure that the geometry is a stationary point\n";
+    const auto told = [](const std::string& keyword, const std::string& lines) {
+        return prepare(job("# hf " + keyword, "\n" + lines + "\n\n")).notices;
+    };
+    for (const char* line :
+         {"B 1 2 F", "1 2 f", "* * F", "B 1 2 S 10 0.05", "B,1,2,1.5,S,10,0.05", "X 1 F ! fixed", "R1(Freeze)=B(1,2)",
+          "R1(F)=B(1,2)", "R1(value=1.2,frozen)=B(1,2)", "R1(NSteps=10,StepSize=0.1)=R(1,2)", "X1(f,value=2)=X(1)"}) {
+        EXPECT_EQ(told("opt=modredundant", std::string("B 1 2 A\n").append(line)),
+                  "1 'opt=modredundant'" + optimised + "10 '" + line + "'" + frozen);
+    }
+    for (const char* line : {"B 1 2 A", "B 1 2 1.4 B", "B 1 2 K ! F", "1 2 H 0.5", "! F", "R1=B(1,2)"}) {
+        EXPECT_EQ(told("opt=modredundant", line), "1 'opt=modredundant'" + optimised) << line;
+    }
+    EXPECT_EQ(told("opt=modredundant", "B 1 2 F\nX 1 F"), "1 'opt=modredundant'" + optimised + "9 'B 1 2 F'" + frozen);
+    EXPECT_EQ(told("opt(readopt)", "! all\nnoatoms atoms=1"),
+              "1 'opt(readopt)'" + optimised + "10 'noatoms atoms=1'" + frozen);
+    EXPECT_EQ(told("geom=modredundant", "B 1 2 F"), "9 'B 1 2 F'" + frozen);
+    EXPECT_EQ(told("freq=readiso", "B 1 2 F").find("stationary"), std::string::npos);
+}
+
 TEST(make_ready, leaves_out_link_0_lines_that_name_a_file) {
     for (const char* key : {"chk", "OldChk", "schk", "rwf", "int", "d2e", "scr", "save", "kjob", "oldmatrix",
                             "oldrawmatrix", "errorsave"}) {
@@ -277,6 +300,9 @@ TEST(make_ready, takes_another_route) {
         job("# hf/gen opt=modredundant geom=connectivity", "\n 1 2 1.0\n 2\n\nB 1 2 F\n\n" + basis);
     EXPECT_EQ(prepare(text, "#p b3lyp/sto-3g opt").text, ready("#p b3lyp/sto-3g force nosymm"));
     EXPECT_EQ(prepare(text, "#p b3lyp/sto-3g opt").notices,
+              "1 'opt=modredundant' left out: the geometry is taken as it is, make sure that it is optimised already\n"
+              "12 'B 1 2 F' left out, which freezes or scans coordinates: make sure that the geometry is a stationary "
+              "point\n"
               "14 the sections after the molecule are left out: the new route asks for none\n");
     EXPECT_EQ(prepare(text, "#p b3lyp/gen").text, ready("#p b3lyp/gen force nosymm", basis));
     EXPECT_EQ(prepare(text, "#p b3lyp/gen geom=connectivity").text,

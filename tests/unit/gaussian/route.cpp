@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "gaussian/ready_input.hpp"
 #include "gaussian/ready_route.hpp"
 #include "support.hpp"
 
@@ -277,6 +278,14 @@ TEST(route, tells_whether_it_goes_on_with_a_job) {
     for (const char* text : {"# hf opt", "# hf scf=restart"}) {
         EXPECT_FALSE(gaussian::is_restart(parse_route(text, "r:1"))) << text;
     }
+}
+
+TEST(route, tells_what_may_freeze_coordinates) {
+    for (const char* text : {"# hf opt=(calcfc,ModRedundant)", "# hf opt=readopt", "# hf geom=addgic",
+                             "# hf freq=modred", "# hf OPT=rdfreeze"}) {
+        EXPECT_EQ(gaussian::may_be_constrained(parse_route(text, "r:1")), std::string_view(text).substr(5));
+    }
+    EXPECT_EQ(gaussian::may_be_constrained(parse_route("# hf/gen opt=(calcfc,readfc) geom=connectivity", "r:1")), "");
 }
 
 TEST(route, tells_what_stands_in_space) {
