@@ -298,7 +298,7 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
                                                       "optimised already"});
         }
     }
-    const std::string in_space = stands_in_space(ready);
+    const std::string in_space = fixed_in_space(ready);
     check_atoms_suit(source, job, in_space);
     if (has_connectivity(job) && !keep_connectivity) {
         notices.push_back({line, "the connectivity is left out: there is none, or its atom numbers count dummy atoms"});
@@ -314,7 +314,7 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
     result.route = text_of(ready);
     result.title = ready_title(source.title.lines, source.title.line, notices);
     result.atoms = source.atoms;
-    result.stands_in_space = in_space;
+    result.fixed_in_space = in_space;
     return result;
 }
 
@@ -330,7 +330,7 @@ ready_input make_ready(const std::string& name, int line, std::string_view route
     result.title = ready_title(text.empty() ? std::vector<std::string>{} : std::vector<std::string>{std::string(text)},
                                0, notices);
     result.atoms = atoms;
-    result.stands_in_space = stands_in_space(ready);
+    result.fixed_in_space = fixed_in_space(ready);
     return result;
 }
 

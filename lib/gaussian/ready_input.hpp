@@ -19,7 +19,7 @@ struct ready_input {
     std::vector<section> sections;
     /// The keyword that puts a field or charges in space: the molecule may be neither moved nor turned then. Empty
     /// where there is none.
-    std::string stands_in_space;
+    std::string fixed_in_space;
 };
 
 /// Makes a job ready. Of its route the job types, `geom` (but for connectivity), `units` and what only adds to the

@@ -198,7 +198,7 @@ void claim_analysis(std::vector<section_claim>& claims, const route_keyword& key
 
 [[noreturn]] void refuse_checkpoint(const std::string& place, const route_keyword& keyword) {
     refuse(place, quoted(keyword.text) +
-                      " reads a checkpoint file, which the jobs will not have; put what it reads into the input");
+                      " reads a checkpoint file, which the jobs will not have; give a route without it with --route");
 }
 
 bool is_compound_method(std::string_view name) {
@@ -210,7 +210,7 @@ bool is_compound_method(std::string_view name) {
 void check_keyword(const route_keyword& keyword, const std::string& place) {
     const std::string shown = quoted(keyword.text);
     if (is_geometry(keyword) && option_of(keyword, {"readharm", "oldharm", "checkharm"}) != nullptr) {
-        refuse(place, shown + " adds a potential that stands in space and cannot be kept; take it out");
+        refuse(place, shown + " adds a potential that is fixed in space and cannot be kept; take it out");
     }
     if (is_geometry(keyword) || is_job_type(keyword)) {
         return;
@@ -438,7 +438,7 @@ std::string may_be_constrained(const route& job) {
     return {};
 }
 
-std::string stands_in_space(const route& job) {
+std::string fixed_in_space(const route& job) {
     for (const route_keyword& keyword : job.keywords) {
         if (has_part(keyword, {"field", "charge", "massage"}) ||
             (keyword.name() == "guess" && option_of(keyword, {"cards", "input"}) != nullptr)) {

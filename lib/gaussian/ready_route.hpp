@@ -57,7 +57,7 @@ bool asks_for_section(const route_keyword& keyword);
 bool has_connectivity(const route& job);
 
 /// The keyword that puts a field or charges in space; empty where there is none.
-std::string stands_in_space(const route& job);
+std::string fixed_in_space(const route& job);
 
 /// A route without what a ready one cannot have, with `force` and `nosymm`.
 ///   job               in

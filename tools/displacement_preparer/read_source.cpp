@@ -144,10 +144,10 @@ void read_log(const options& asked, gaussian::source& from, source_molecule& res
     }
     take_log_route(asked, log, result);
     make_ready(asked, job.line, made_title(result.name), job.molecule, result);
-    if (!result.ready.stands_in_space.empty() && job.in != gaussian::frame::input) {
+    if (!result.ready.fixed_in_space.empty() && job.in != gaussian::frame::input) {
         stop(result.name, job.geometry_line,
-             "'" + base::shown(result.ready.stands_in_space) +
-                 "' stands in space, in the frame of the input, and this geometry is in the standard orientation; "
+             "'" + base::shown(result.ready.fixed_in_space) +
+                 "' is fixed in space, in the frame of the input, and this geometry is in the standard orientation; "
                  "prepare the input with this geometry instead");
     }
 }
@@ -169,10 +169,10 @@ void read_checkpoint(const options& asked, gaussian::source& from, source_molecu
         result.old_route = found.route;
     }
     make_ready(asked, 0, found.title.empty() ? made_title(result.name) : found.title, molecule_of(found), result);
-    if (!result.ready.stands_in_space.empty()) {
+    if (!result.ready.fixed_in_space.empty()) {
         stop(result.name, 0,
-             "'" + base::shown(result.ready.stands_in_space) +
-                 "' stands in space, in the frame of the input, and a checkpoint may be in another one; prepare the "
+             "'" + base::shown(result.ready.fixed_in_space) +
+                 "' is fixed in space, in the frame of the input, and a checkpoint may be in another one; prepare the "
                  "input instead");
     }
 }

@@ -27,7 +27,7 @@ prepared prepare(std::string_view text, std::string_view route = "") {
         const gaussian::ready_input ready =
             gaussian::make_ready(gaussian::read_input(text, "m", notices), route, notices);
         result.text = gaussian::write_input(ready);
-        result.in_space = ready.stands_in_space;
+        result.in_space = ready.fixed_in_space;
     });
     for (const gaussian::notice& told : notices) {
         result.notices.append(std::to_string(told.line)).append(" ").append(told.text).append("\n");
@@ -289,7 +289,7 @@ TEST(make_ready, breaks_a_long_route_between_keywords) {
                   "... (450 more characters)'|standard error|2");
 }
 
-TEST(make_ready, tells_what_stands_in_space) {
+TEST(make_ready, tells_what_fixed_in_space) {
     EXPECT_EQ(prepare(job("# hf field=x+10", "")).in_space, "field=x+10");
     EXPECT_EQ(prepare(job("# hf", "")).in_space, "");
 }
@@ -339,10 +339,9 @@ TEST(make_ready, takes_a_molecule_that_was_in_no_input) {
         "a.log:5: 'hf/gen' needs a section after the molecule, found none; prepare the input of the job instead, or "
         "give a route that needs none with --route, and put keyword and section into the prepared input by "
         "hand|standard error|2");
-    EXPECT_EQ(
-        made("# hf/chkbasis", "t"),
-        "a.log:5: 'hf/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-        "input|standard error|2");
+    EXPECT_EQ(made("# hf/chkbasis", "t"),
+              "a.log:5: 'hf/chkbasis' reads a checkpoint file, which the jobs will not have; give a route without it "
+              "with --route|standard error|2");
     atoms.numbers = {1, 119};
     EXPECT_EQ(made("# hf", "t"), "symbol_of: expected an atomic number from 1 to 118, found 119|standard error|2");
     atoms.numbers = {1};

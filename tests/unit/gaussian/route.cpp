@@ -167,19 +167,19 @@ TEST(route, becomes_ready) {
         {"# hf pop=nbo SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine",
          "# hf pop=nbo SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine force nosymm"},
         {"# b3lyp/chkbasis",
-         "r:1: 'b3lyp/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-         "input|standard error|2"},
+         "r:1: 'b3lyp/chkbasis' reads a checkpoint file, which the jobs will not have; give a route without it "
+         "with --route|standard error|2"},
         {"# b3lyp chkbas",
-         "r:1: 'chkbas' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-         "input|standard error|2"},
+         "r:1: 'chkbas' reads a checkpoint file, which the jobs will not have; give a route without it "
+         "with --route|standard error|2"},
         {"# hf scf=restart",
-         "r:1: 'scf=restart' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-         "input|standard error|2"},
+         "r:1: 'scf=restart' reads a checkpoint file, which the jobs will not have; give a route without it "
+         "with --route|standard error|2"},
         {"# hf density=checkpoint",
-         "r:1: 'density=checkpoint' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-         "input|standard error|2"},
+         "r:1: 'density=checkpoint' reads a checkpoint file, which the jobs will not have; give a route without it "
+         "with --route|standard error|2"},
         {"# hf geom=(check,readharmonic)",
-         "r:1: 'geom=(check,readharmonic)' adds a potential that stands in space and cannot be kept; take it "
+         "r:1: 'geom=(check,readharmonic)' adds a potential that is fixed in space and cannot be kept; take it "
          "out|standard error|2"},
         {"# g4",
          "r:1: 'g4' is a compound method, for which there are no forces; give the route of another method|standard "
@@ -288,11 +288,11 @@ TEST(route, tells_what_may_freeze_coordinates) {
     EXPECT_EQ(gaussian::may_be_constrained(parse_route("# hf/gen opt=(calcfc,readfc) geom=connectivity", "r:1")), "");
 }
 
-TEST(route, tells_what_stands_in_space) {
+TEST(route, tells_what_fixed_in_space) {
     for (const char* text : {"# hf Field=X+10", "# hf charge", "# hf massage", "# hf charge=angstroms"}) {
-        EXPECT_EQ(gaussian::stands_in_space(parse_route(text, "r:1")), std::string_view(text).substr(5));
+        EXPECT_EQ(gaussian::fixed_in_space(parse_route(text, "r:1")), std::string_view(text).substr(5));
     }
-    EXPECT_EQ(gaussian::stands_in_space(parse_route("# hf scf=(tight) pop=full", "r:1")), "");
+    EXPECT_EQ(gaussian::fixed_in_space(parse_route("# hf scf=(tight) pop=full", "r:1")), "");
 }
 
 }  // namespace
