@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <utility>
 
@@ -8,6 +9,7 @@
 #include "gaussian/lines.hpp"
 #include "gaussian/ready_input.hpp"
 #include "gaussian/ready_route.hpp"
+#include "gaussian/symbols.hpp"
 
 namespace displacement_generator::gaussian {
 
@@ -226,14 +228,46 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
     return kept;
 }
 
-/// Whether a line of a basis set lists atoms by their numbers: integers that end in a 0.
-bool lists_atoms(std::string_view line) {
-    const std::vector<std::string_view> fields = fields_of(line.substr(0, line.find('!')));
-    return fields.size() >= 2 && fields.back() == "0" && std::all_of(fields.begin(), fields.end(), is_integer);
+/// Takes the numbers of a field, `4` or `4-7`; false where it has others than those of atoms.
+bool take_atoms(std::string_view field, std::vector<bool>& listed) {
+    const std::size_t hyphen = field.find('-');
+    const std::string_view end = hyphen == std::string_view::npos ? field : field.substr(hyphen + 1);
+    int first = 0;
+    int last = 0;
+    if (base::read_integer(field.substr(0, hyphen), first) != base::number_status::ok ||
+        base::read_integer(end, last) != base::number_status::ok || first < 1 || last < first ||
+        last > static_cast<int>(listed.size())) {
+        return false;
+    }
+    std::fill(listed.begin() + first - 1, listed.begin() + last, true);
+    return true;
+}
+
+/// Which atoms, dummies included, a line of a basis set lists by their numbers, which end in a 0; none where it is not
+/// such a line.
+std::vector<bool> listed_atoms(const input& source, std::string_view line) {
+    std::vector<std::string_view> fields = fields_of(line.substr(0, line.find('!')));
+    std::vector<bool> listed(source.atoms.numbers.size() + source.dummies.size());
+    if (fields.size() < 2 || fields.back() != "0") {
+        return {};
+    }
+    fields.pop_back();
+    const bool lists =
+        std::all_of(fields.begin(), fields.end(), [&](std::string_view field) { return take_atoms(field, listed); });
+    return lists ? listed : std::vector<bool>{};
+}
+
+/// Whether a list of atoms has one of two atoms of the same element.
+bool parts_an_element(const std::vector<int>& numbers, const std::vector<bool>& listed) {
+    std::array<std::array<bool, 2>, largest_atomic_number + 1> found{};
+    for (std::size_t i = 0; i < listed.size(); ++i) {
+        found.at(static_cast<std::size_t>(numbers[i])).at(listed[i] ? 1 : 0) = true;
+    }
+    return std::any_of(found.begin(), found.end(), [](const auto& of) { return of[0] && of[1]; });
 }
 
 /// Stops the run at a line that would mean something else in the ready input.
-void check_lines(const input& source, const std::vector<section>& sections) {
+void check_lines(const input& source, const std::vector<section>& sections, std::vector<notice>& notices) {
     for (const section& kept : sections) {
         for (std::size_t i = 0; i < kept.lines.size(); ++i) {
             const int line = kept.line + static_cast<int>(i);
@@ -242,11 +276,22 @@ void check_lines(const input& source, const std::vector<section>& sections) {
                         "found " + quoted(kept.lines[i]) +
                             " after the molecule, which would be taken for the route; take the line out");
             }
-            if (!source.dummies.empty() && lists_atoms(kept.lines[i])) {
+            if (lower(kept.lines[i].substr(0, kept.lines[i].find('!'))).find("extrasph") != std::string::npos) {
+                stop_at(source.name, line,
+                        "found " + quoted(stripped(kept.lines[i])) +
+                            ", whose spheres are fixed in space and cannot be kept; take them out");
+            }
+            const std::vector<bool> listed = listed_atoms(source, kept.lines[i]);
+            if (!source.dummies.empty() && !listed.empty()) {
                 stop_at(
                     source.name, line,
                     "found " + quoted(kept.lines[i]) +
                         ", whose atom numbers may count dummy atoms, which are left out; name the elements instead");
+            }
+            if (parts_an_element(source.atoms.numbers, listed)) {
+                notices.push_back({line, quoted(stripped(kept.lines[i])) +
+                                             " names some atoms of an element and not all: if symmetry exchanges them "
+                                             "with the others, set symm = F in the generator's control file"});
             }
         }
     }
@@ -306,7 +351,7 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
     const bool asks = std::any_of(ready.keywords.begin(), ready.keywords.end(), asks_for_section);
     ready_input result;
     result.sections = ready_sections(source, keep_connectivity, !is_replaced || asks, notices);
-    check_lines(source, result.sections);
+    check_lines(source, result.sections, notices);
     if (is_replaced && result.sections.size() == (keep_connectivity ? 1U : 0U)) {
         check_sections_exist(ready, place);
     }

@@ -42,8 +42,9 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
 ready_input make_ready(const std::string& name, int line, std::string_view route, std::string_view title,
                        const molecule& atoms, std::vector<notice>& notices);
 
-/// The keyword of a route whose section may freeze or scan coordinates in an optimisation; empty where there is none.
-std::string may_be_constrained(const route& job);
+/// The keyword of a route with which a job does not end at a stationary point, or may not, as its section may freeze or
+/// scan coordinates; empty where there is none.
+std::string may_end_elsewhere(const route& job);
 
 /// The text of a ready input, which the generator takes and read_input reads again as the same molecule, to the last
 /// digit printed. Stops the run where the generator would misunderstand it, and where a coordinate does not fit its

@@ -429,7 +429,12 @@ std::vector<section_claim> claims_of(const route& job) {
     return claims;
 }
 
-std::string may_be_constrained(const route& job) {
+std::string may_end_elsewhere(const route& job) {
+    for (const route_keyword& keyword : job.keywords) {
+        if (is_one_of(keyword.name(), {"scan", "admp", "bomd"}) || begins_with_any(keyword.name(), {"irc", "traj"})) {
+            return keyword.text;
+        }
+    }
     for (const section_claim& claim : claims_of(job)) {
         if (claim.place == frozen_place || claim.place == modredundant_place) {
             return claim.owner;

@@ -43,11 +43,11 @@ void make_ready(const options& asked, int line, const std::string& title, const 
                 source_molecule& result) {
     if (!result.old_route.empty()) {
         const std::string place = line > 0 ? gaussian::place_of(result.name, line) : result.name;
-        if (const std::string keyword = gaussian::may_be_constrained(gaussian::parse_route(result.old_route, place));
+        if (const std::string keyword = gaussian::may_end_elsewhere(gaussian::parse_route(result.old_route, place));
             !keyword.empty()) {
-            result.notices.push_back({line, gaussian::quoted(keyword) +
-                                                " may freeze or scan coordinates: make sure that the geometry is a "
-                                                "stationary point"});
+            result.notices.push_back(
+                {line, gaussian::quoted(keyword) +
+                           " may end elsewhere than at a stationary point: make sure that this geometry is one"});
         }
     }
     const bool is_replaced = !asked.route.empty();

@@ -173,6 +173,24 @@ TEST(make_ready, tells_of_coordinates_that_were_frozen_or_scanned) {
     EXPECT_EQ(told("freq=readiso", "B 1 2 F").find("stationary"), std::string::npos);
 }
 
+TEST(make_ready, tells_of_atoms_of_one_element_with_different_basis_sets) {
+    const auto told = [](const std::string& line, const std::string& rest) {
+        return prepare(job("# hf/gen", "\n" + line + "\n6-31G\n****\n" + rest + "\n3-21G\n****\n\n",
+                           "O 0 0 0\nH 0 .7 .5\nH 0 -.7 .5\nO 0 0 3\nHe 0 0 5\n"))
+            .notices;
+    };
+    const std::string some =
+        " names some atoms of an element and not all: if symmetry exchanges them with the others, set symm = F in the "
+        "generator's control file\n";
+    EXPECT_EQ(told("1-2 0", "3 4 0"), "12 '1-2 0'" + some + "15 '3 4 0'" + some);
+    EXPECT_EQ(told("2,4 0 ! two", "O 0"), "12 '2,4 0 ! two'" + some);
+    EXPECT_EQ(told("1-1 4 0", "2 0"), "15 '2 0'" + some);
+    for (const char* whole : {"1 4 0", "2-3 0", "5 0", "1-4 0", "O H 0", "2", "0", "2 6 0", "0 2 0", "2-1 0", "2-9 0",
+                              "2-2000000000 0", "-2 0", "2- 0"}) {
+        EXPECT_EQ(told(whole, "He 0"), "") << whole;
+    }
+}
+
 TEST(make_ready, leaves_out_link_0_lines_that_name_a_file) {
     for (const char* key : {"chk", "OldChk", "schk", "rwf", "int", "d2e", "scr", "save", "kjob", "oldmatrix",
                             "oldrawmatrix", "errorsave"}) {
@@ -253,6 +271,11 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
         {job("# hf/gen", "\n1 3 0\n6-31G\n****\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n"),
          "m:10: found '1 3 0', whose atom numbers may count dummy atoms, which are left out; name the elements "
          "instead"},
+        {job("# hf/gen", "\n1-2 0\n6-31G\n****\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n"),
+         "m:10: found '1-2 0', whose atom numbers may count dummy atoms, which are left out; name the elements "
+         "instead"},
+        {job("# hf scrf=read", "\neps=2. ! ExtraSph\nExtraSph=1\n0. 0. 1. 2.\n\n"),
+         "m:10: found 'ExtraSph=1', whose spheres are fixed in space and cannot be kept; take them out"},
         {job("# hf", "", "H 0 0 0\nH 0 0 10000\n"),
          "expected coordinates between -1000 and 10000 angstrom, found 10000.000000"},
         {job("# hf", "", "H 0 0 0\nH 0 0 -1000\n"),

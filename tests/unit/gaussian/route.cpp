@@ -280,12 +280,13 @@ TEST(route, tells_whether_it_goes_on_with_a_job) {
     }
 }
 
-TEST(route, tells_what_may_freeze_coordinates) {
+TEST(route, tells_what_may_end_at_no_stationary_point) {
     for (const char* text : {"# hf opt=(calcfc,ModRedundant)", "# hf opt=readopt", "# hf geom=addgic",
-                             "# hf freq=modred", "# hf OPT=rdfreeze"}) {
-        EXPECT_EQ(gaussian::may_be_constrained(parse_route(text, "r:1")), std::string_view(text).substr(5));
+                             "# hf freq=modred", "# hf OPT=rdfreeze", "# hf Scan", "# hf ircmax", "# hf IRC=calcfc",
+                             "# hf bomd", "# hf ADMP", "# hf trajectories"}) {
+        EXPECT_EQ(gaussian::may_end_elsewhere(parse_route(text, "r:1")), std::string_view(text).substr(5));
     }
-    EXPECT_EQ(gaussian::may_be_constrained(parse_route("# hf/gen opt=(calcfc,readfc) geom=connectivity", "r:1")), "");
+    EXPECT_EQ(gaussian::may_end_elsewhere(parse_route("# hf/gen opt=(calcfc,readfc) geom=connectivity", "r:1")), "");
 }
 
 TEST(route, tells_what_fixed_in_space) {
