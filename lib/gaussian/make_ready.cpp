@@ -147,13 +147,18 @@ void check_connectivity(const input& source, const section& found, const section
                 base::shown(owner.owner) + "'; take that keyword and its section out");
 }
 
+bool has_lines(const section& found) { return !found.lines.empty(); }
+
+std::size_t count_with_lines(const std::vector<section>& sections) {
+    return static_cast<std::size_t>(std::count_if(sections.begin(), sections.end(), has_lines));
+}
+
 /// Takes the sections of analyses off the end, after those that the energy needs: where all are there, and no more.
 ///   others  in      how many others there should be
 ///   rest    in/out  sections; an empty one counts for nothing
 void remove_analyses(const input& source, const std::vector<section_claim>& analyses, std::size_t others,
                      std::vector<section>& rest) {
-    const auto has_lines = [](const section& found) { return !found.lines.empty(); };
-    const auto found = static_cast<std::size_t>(std::count_if(rest.begin(), rest.end(), has_lines));
+    const std::size_t found = count_with_lines(rest);
     if (analyses.empty() || found == 0) {
         return;
     }
@@ -179,12 +184,18 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
     std::size_t at = 0;
     std::vector<section_claim> late;
     std::vector<section_claim> analyses;
-    for (const section_claim& owner : claims_of(source.keywords)) {
+    const std::vector<section_claim> claims = claims_of(source.keywords);
+    const section_claim* taken_by =
+        nullptr;  // a section that goes may be that of another keyword, if one lacks its own
+    const section* taken = nullptr;
+    std::size_t lacking = 0;
+    for (const section_claim& owner : claims) {
         if (owner.place >= other_place) {
             (owner.place == other_place ? late : analyses).push_back(owner);
             continue;
         }
         if (at == all.size()) {
+            lacking += owner.what == fate::kept ? 1 : 0;
             continue;
         }
         const section& found = all[at];
@@ -203,6 +214,10 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
         } else if (owner.what == fate::removed) {
             check_removed(source, found, owner);
             tell_of_constraints(found, owner, notices);
+            if (has_lines(found)) {
+                taken_by = &owner;
+                taken = &found;
+            }
         } else if (keep_others) {
             kept.push_back(found);
         }
@@ -211,6 +226,9 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
         late.begin(), late.end(), [](const section_claim& owner) { return owner.what == fate::removed; }));
     std::vector<section> rest(all.begin() + static_cast<std::ptrdiff_t>(at), all.end());
     remove_analyses(source, analyses, late.size(), rest);
+    if (taken != nullptr && lacking + late.size() - removed > count_with_lines(rest)) {
+        stop_at_doubtful(source, *taken, *taken_by);
+    }
     if (removed > 0 && !rest.empty()) {
         if (removed < late.size() || rest.size() > removed) {
             const auto owner = std::find_if(late.begin(), late.end(),

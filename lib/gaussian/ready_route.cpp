@@ -65,6 +65,10 @@ bool names_a_section(const route_option& option) {
            option.name.starts_with("rd");
 }
 
+bool is_symmetry(const route_keyword& keyword) {
+    return is_one_of(keyword.name(), {"symmetry", "symm", "sym", "nosymm", "nosym", "nosymmetry"});
+}
+
 bool is_population(const route_keyword& keyword) { return is_one_of(keyword.name(), {"pop", "population"}); }
 bool is_properties(const route_keyword& keyword) { return is_one_of(keyword.name(), {"prop", "properties"}); }
 
@@ -206,9 +210,26 @@ bool is_compound_method(std::string_view name) {
            is_one_of(name, {"g1", "g2", "g2mp2", "g3", "g3mp2", "g3b3", "g3mp2b3", "g4", "g4mp2"});
 }
 
+/// Stops the run where a keyword that may have to go is joined to others.
+void check_joined(const route_keyword& keyword, const std::string& place) {
+    if (keyword.parts.size() == 1) {
+        return;
+    }
+    for (const route_part& part : keyword.parts) {
+        const route_keyword alone{part.name, {part}};
+        if (is_job_type(alone) || is_geometry(alone) || is_analysis(alone) || is_population(alone) ||
+            is_properties(alone) || is_symmetry(alone) ||
+            is_one_of(part.name, {"force", "guess", "units", "cphf", "charge"})) {
+            refuse(place, "expected a blank between '" + base::shown(part.name) + "' and other keywords, found " +
+                              quoted(keyword.text));
+        }
+    }
+}
+
 /// Stops the run at a keyword that cannot be carried over.
 void check_keyword(const route_keyword& keyword, const std::string& place) {
     const std::string shown = quoted(keyword.text);
+    check_joined(keyword, place);
     if (is_geometry(keyword) && option_of(keyword, {"readharm", "oldharm", "checkharm"}) != nullptr) {
         refuse(place, shown + " adds a potential that is fixed in space and cannot be kept; take it out");
     }
@@ -316,10 +337,6 @@ void add_without_earlier(const route_keyword& keyword, int line, route& ready, s
                                      " left out: the jobs have no checkpoint file to read from"});
         return false;
     }));
-}
-
-bool is_symmetry(const route_keyword& keyword) {
-    return is_one_of(keyword.name(), {"symmetry", "symm", "sym", "nosymm", "nosym", "nosymmetry"});
 }
 
 /// Whether a keyword keeps the input's frame.

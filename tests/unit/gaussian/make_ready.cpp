@@ -110,6 +110,9 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         {job("# hf freq=(anharmonic,readanharm)", "\nprint=all\n\n"), ready("# hf force nosymm")},
         {job("# hf opt=addgic", "\nR(1,2)=B(1,2)\n\n"), ready("# hf force nosymm")},
         {job("# hf admp=(stepsize=1000)", ""), ready("# hf force nosymm")},
+        {job("# hf opt=modredundant scrf=read", "\nB 1 2 F\n\neps=5.\n\n"),
+         ready("# hf scrf=read force nosymm", "eps=5.\n\n")},
+        {job("# hf opt=modredundant scrf=read", "\n\neps=5.\n\n"), ready("# hf scrf=read force nosymm", "eps=5.\n\n")},
         {job("# hf output=wfx", "\nh2.wfx\n\n"), ready("# hf force nosymm")},
         {job("# hf output=(wfn,pickett)", "\nh2.wfn\n"), ready("# hf force nosymm")},
         {job("# hf output=wfn", ""), ready("# hf force nosymm")},
@@ -247,6 +250,14 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
          "m:9: found '0 0 0' after the molecule, and nobody can tell whether it belongs to 'admp=readvelocity'; take "
          "that "
          "keyword and its sections out"},
+        {job("# hf opt=modredundant scrf=read", "\neps=5.\n\n"),
+         "m:9: found 'eps=5.' after the molecule, and nobody can tell whether it belongs to 'opt=modredundant'; take "
+         "that "
+         "keyword and its section out"},
+        {job("# hf charge opt=modredundant", "\n0. 0. 5. 1.\n\n"),
+         "m:9: found '0. 0. 5. 1.' after the molecule, and nobody can tell whether it belongs to 'opt=modredundant'; "
+         "take "
+         "that keyword and its section out"},
         {job("# hf/gen output=wfx", "\n" + basis),
          "m:9: found 'H 0' after the molecule, and nobody can tell whether it belongs to 'output=wfx'; take that "
          "keyword "

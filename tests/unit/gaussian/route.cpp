@@ -134,6 +134,7 @@ TEST(route, becomes_ready) {
         {"# ccsd=(t,full,ReadAmplitudes)/gen iop(1/2=3)",
          "# ccsd=(t,full)/gen iop(1/2=3) force nosymm|'ReadAmplitudes' of 'ccsd=(t,full,ReadAmplitudes)/gen' left out: "
          "the jobs have no checkpoint file to read from"},
+        {"# hf/6-31g(d)/auto td=(root=1)/b3lyp/6-31g", "# hf/6-31g(d)/auto td=(root=1)/b3lyp/6-31g force nosymm"},
         {"# nonstd 1/38=1/1; 2//2;",
          "r:1: 'nonstd' lists overlays, which cannot be kept; give the route of a method with --route|standard "
          "error|2"},
@@ -205,6 +206,18 @@ TEST(route, has_no_other_job_type_when_it_is_ready) {
           "scan", "polar",       "admp", "bomd", "trajectories", "forces",   "volume", "eet",         "lst", "LSTA"}) {
         EXPECT_EQ(ready(std::string("# hf ").append(type)), "# hf force nosymm") << type;
         EXPECT_EQ(ready(std::string("# ").append(type).append("=(x,y) hf")), "# hf force nosymm") << type;
+    }
+}
+
+TEST(route, has_slashes_between_method_and_basis_alone) {
+    for (const char* name : {"opt", "freq", "sp", "forces", "geom", "nmr", "output", "pop", "prop", "symmetry",
+                             "nosymm", "force", "guess", "units", "cphf", "charge"}) {
+        const std::string message =
+            std::string("r:1: expected a blank between '").append(name).append("' and other keywords, found '");
+        for (const std::string& text :
+             {std::string("hf/6-31g/").append(name).append("=(a,b)"), std::string(name).append("=(a/b,c)/hf/6-31g")}) {
+            EXPECT_EQ(ready("# " + text), message + text + "'|standard error|2");
+        }
     }
 }
 
