@@ -88,7 +88,7 @@ void check_removed(const input& source, const section& found, const section_clai
 /// Whether a line of ModRedundant, or of a generalised internal coordinate, freezes or scans something.
 bool is_constraint(std::string_view line) {
     line = line.substr(0, line.find('!'));
-    if (line.find_first_of("(") != std::string_view::npos) {
+    if (line.find('(') != std::string_view::npos) {
         const std::string text = lower(line);
         return std::any_of(std::begin(marks_of_constraints), std::end(marks_of_constraints),
                            [&](std::string_view mark) { return text.find(mark) != std::string::npos; });
