@@ -19,9 +19,7 @@ constexpr int element_count = 118;
 }
 
 [[noreturn]] void refuse_isotope(const std::string& place, std::string_view text) {
-    stop(place, quoted(text) +
-                    " is an isotope, which does not change the forces; expected the element's symbol alone, and the "
-                    "isotope to be named when the frequencies are computed");
+    stop(place, isotope_refused(text));
 }
 
 /// Reads the atomic number that a label begins with.
@@ -108,6 +106,12 @@ void read_parameters(std::string_view& rest, std::string_view text, const std::s
 }
 
 }  // namespace
+
+std::string isotope_refused(std::string_view text) {
+    return quoted(text) +
+           " is an isotope, which does not change the forces; expected the element's symbol alone, and the isotope to "
+           "be named when the frequencies are computed";
+}
 
 atom_label read_label(std::string_view text, const std::string& place) {
     atom_label label;

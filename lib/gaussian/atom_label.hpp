@@ -16,6 +16,9 @@ struct atom_label {
     bool has_moment = false;   ///< what a nucleus is said to have beside charge and mass; forces do not depend on it
 };
 
+/// What a message says of the symbol of an isotope: what is wrong and what to do.
+std::string isotope_refused(std::string_view text);
+
 /// Reads a label.
 ///   text   in  the whole field
 ///   place  in  what a message begins with, "mol.gjf:7" for example

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <utility>
 
@@ -8,6 +9,7 @@
 #include "gaussian/lines.hpp"
 #include "gaussian/ready_input.hpp"
 #include "gaussian/ready_route.hpp"
+#include "gaussian/symbols.hpp"
 
 namespace displacement_generator::gaussian {
 
@@ -56,6 +58,8 @@ std::vector<std::string> ready_title(const std::vector<std::string>& title, int 
     return ready;
 }
 
+constexpr std::string_view marks_of_constraints[] = {"freeze", "frozen", "(f)", "(f,", "nstep", "stepsize"};
+
 bool is_basis_end(std::string_view line) { return stripped(line).starts_with("****"); }
 
 /// Whether a line may be one of ModRedundant, of a generalised internal coordinate, or of a list of atoms.
@@ -77,6 +81,36 @@ void check_removed(const input& source, const section& found, const section_clai
             stop_at(source.name, found.line + static_cast<int>(i),
                     "expected the section of '" + base::shown(owner.owner) + "', found '" +
                         base::shown(found.lines[i]) + "'; take the keyword out, or give its section");
+        }
+    }
+}
+
+/// Whether a line of ModRedundant, or of a generalised internal coordinate, freezes or scans something.
+bool is_constraint(std::string_view line) {
+    line = line.substr(0, line.find('!'));
+    if (line.find('(') != std::string_view::npos) {
+        const std::string text = lower(line);
+        return std::any_of(std::begin(marks_of_constraints), std::end(marks_of_constraints),
+                           [&](std::string_view mark) { return text.find(mark) != std::string::npos; });
+    }
+    const std::vector<std::string_view> fields = fields_of(line);
+    return !fields.empty() && std::any_of(fields.begin() + 1, fields.end(), [](std::string_view field) {
+        return is_one_of(field, {"f", "s"});
+    });
+}
+
+/// Tells of the first line of a section that goes and that an optimisation may not leave a stationary point with.
+void tell_of_constraints(const section& found, const section_claim& owner, std::vector<notice>& notices) {
+    if (owner.place != modredundant_place && owner.place != frozen_place) {
+        return;
+    }
+    for (std::size_t i = 0; i < found.lines.size(); ++i) {
+        if (owner.place == frozen_place ? has_text(found.lines[i]) : is_constraint(found.lines[i])) {
+            notices.push_back({found.line + static_cast<int>(i),
+                               quoted(stripped(found.lines[i])) +
+                                   " left out, which freezes or scans coordinates: make sure that the geometry is a "
+                                   "stationary point"});
+            return;
         }
     }
 }
@@ -107,6 +141,39 @@ void check_connectivity(const input& source, const section& found, const section
     }
 }
 
+[[noreturn]] void stop_at_doubtful(const input& source, const section& found, const section_claim& owner) {
+    stop_at(source.name, found.line,
+            "found " + shown_first_line(found) + " after the molecule, and nobody can tell whether it belongs to '" +
+                base::shown(owner.owner) + "'; take that keyword and its section out");
+}
+
+bool has_lines(const section& found) { return !found.lines.empty(); }
+
+std::size_t count_with_lines(const std::vector<section>& sections) {
+    return static_cast<std::size_t>(std::count_if(sections.begin(), sections.end(), has_lines));
+}
+
+/// Takes the sections of analyses off the end, after those that the energy needs: where all are there, and no more.
+///   others  in      how many others there should be
+///   rest    in/out  sections; an empty one counts for nothing
+void remove_analyses(const input& source, const std::vector<section_claim>& analyses, std::size_t others,
+                     std::vector<section>& rest) {
+    const std::size_t found = count_with_lines(rest);
+    if (analyses.empty() || found == 0) {
+        return;
+    }
+    if (found != others + analyses.size() && (others > 0 || found > analyses.size())) {
+        stop_at_doubtful(source, *std::find_if(rest.begin(), rest.end(), has_lines), analyses.front());
+    }
+    std::size_t left = found - std::min(others, found);
+    for (; !rest.empty() && (left > 0 || !has_lines(rest.back())); rest.pop_back()) {
+        if (has_lines(rest.back())) {
+            check_removed(source, rest.back(), analyses.front());
+            --left;
+        }
+    }
+}
+
 /// Puts those sections after the molecule that stay.
 ///   has_connectivity  out  whether a connectivity is among them
 std::vector<section> ready_sections(const input& source, bool keep_connectivity, bool keep_others,
@@ -116,12 +183,19 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
     std::vector<section> kept;
     std::size_t at = 0;
     std::vector<section_claim> late;
-    for (const section_claim& owner : claims_of(source.keywords)) {
-        if (owner.place == other_place) {
-            late.push_back(owner);
+    std::vector<section_claim> analyses;
+    const std::vector<section_claim> claims = claims_of(source.keywords);
+    const section_claim* taken_by =
+        nullptr;  // a section that goes may be that of another keyword, if one lacks its own
+    const section* taken = nullptr;
+    std::size_t lacking = 0;
+    for (const section_claim& owner : claims) {
+        if (owner.place >= other_place) {
+            (owner.place == other_place ? late : analyses).push_back(owner);
             continue;
         }
         if (at == all.size()) {
+            lacking += owner.what == fate::kept ? 1 : 0;
             continue;
         }
         const section& found = all[at];
@@ -139,40 +213,79 @@ std::vector<section> ready_sections(const input& source, bool keep_connectivity,
             }
         } else if (owner.what == fate::removed) {
             check_removed(source, found, owner);
+            tell_of_constraints(found, owner, notices);
+            if (has_lines(found)) {
+                taken_by = &owner;
+                taken = &found;
+            }
         } else if (keep_others) {
             kept.push_back(found);
         }
     }
     const auto removed = static_cast<std::size_t>(std::count_if(
         late.begin(), late.end(), [](const section_claim& owner) { return owner.what == fate::removed; }));
-    const bool is_all_removed = removed == late.size() && removed > 0 && all.size() - at <= removed;
-    if (removed > 0 && at < all.size() && !is_all_removed) {
-        const auto owner = std::find_if(late.begin(), late.end(),
-                                        [](const section_claim& claim) { return claim.what == fate::removed; });
-        stop_at(source.name, all[at].line,
-                "found " + shown_first_line(all[at]) +
-                    " after the molecule, and nobody can tell whether it belongs to '" + base::shown(owner->owner) +
-                    "'; take that keyword and its section out");
+    std::vector<section> rest(all.begin() + static_cast<std::ptrdiff_t>(at), all.end());
+    remove_analyses(source, analyses, late.size(), rest);
+    if (taken != nullptr && lacking + late.size() - removed > count_with_lines(rest)) {
+        stop_at_doubtful(source, *taken, *taken_by);
     }
-    if (is_all_removed) {
+    if (removed > 0 && !rest.empty()) {
+        if (removed < late.size() || rest.size() > removed) {
+            const auto owner = std::find_if(late.begin(), late.end(),
+                                            [](const section_claim& claim) { return claim.what == fate::removed; });
+            stop_at_doubtful(source, rest.front(), *owner);
+        }
         return kept;
     }
     if (keep_others) {
-        kept.insert(kept.end(), all.begin() + static_cast<std::ptrdiff_t>(at), all.end());
-    } else if (at < all.size()) {
-        notices.push_back({all[at].line, "the sections after the molecule are left out: the new route asks for none"});
+        kept.insert(kept.end(), rest.begin(), rest.end());
+    } else if (!rest.empty()) {
+        notices.push_back(
+            {rest.front().line, "the sections after the molecule are left out: the new route asks for none"});
     }
     return kept;
 }
 
-/// Whether a line of a basis set lists atoms by their numbers: integers that end in a 0.
-bool lists_atoms(std::string_view line) {
-    const std::vector<std::string_view> fields = fields_of(line.substr(0, line.find('!')));
-    return fields.size() >= 2 && fields.back() == "0" && std::all_of(fields.begin(), fields.end(), is_integer);
+/// Takes the numbers of a field, `4` or `4-7`; false where it has others than those of atoms.
+bool take_atoms(std::string_view field, std::vector<bool>& listed) {
+    const std::size_t hyphen = field.find('-');
+    const std::string_view end = hyphen == std::string_view::npos ? field : field.substr(hyphen + 1);
+    int first = 0;
+    int last = 0;
+    if (base::read_integer(field.substr(0, hyphen), first) != base::number_status::ok ||
+        base::read_integer(end, last) != base::number_status::ok || first < 1 || last < first ||
+        last > static_cast<int>(listed.size())) {
+        return false;
+    }
+    std::fill(listed.begin() + first - 1, listed.begin() + last, true);
+    return true;
+}
+
+/// Which atoms, dummies included, a line of a basis set lists by their numbers, which end in a 0; none where it is not
+/// such a line.
+std::vector<bool> listed_atoms(const input& source, std::string_view line) {
+    std::vector<std::string_view> fields = fields_of(line.substr(0, line.find('!')));
+    std::vector<bool> listed(source.atoms.numbers.size() + source.dummies.size());
+    if (fields.size() < 2 || fields.back() != "0") {
+        return {};
+    }
+    fields.pop_back();
+    const bool lists =
+        std::all_of(fields.begin(), fields.end(), [&](std::string_view field) { return take_atoms(field, listed); });
+    return lists ? listed : std::vector<bool>{};
+}
+
+/// Whether a list of atoms has one of two atoms of the same element.
+bool parts_an_element(const std::vector<int>& numbers, const std::vector<bool>& listed) {
+    std::array<std::array<bool, 2>, largest_atomic_number + 1> found{};
+    for (std::size_t i = 0; i < listed.size(); ++i) {
+        found.at(static_cast<std::size_t>(numbers[i])).at(listed[i] ? 1 : 0) = true;
+    }
+    return std::any_of(found.begin(), found.end(), [](const auto& of) { return of[0] && of[1]; });
 }
 
 /// Stops the run at a line that would mean something else in the ready input.
-void check_lines(const input& source, const std::vector<section>& sections) {
+void check_lines(const input& source, const std::vector<section>& sections, std::vector<notice>& notices) {
     for (const section& kept : sections) {
         for (std::size_t i = 0; i < kept.lines.size(); ++i) {
             const int line = kept.line + static_cast<int>(i);
@@ -181,11 +294,22 @@ void check_lines(const input& source, const std::vector<section>& sections) {
                         "found " + quoted(kept.lines[i]) +
                             " after the molecule, which would be taken for the route; take the line out");
             }
-            if (!source.dummies.empty() && lists_atoms(kept.lines[i])) {
+            if (lower(kept.lines[i].substr(0, kept.lines[i].find('!'))).find("extrasph") != std::string::npos) {
+                stop_at(source.name, line,
+                        "found " + quoted(stripped(kept.lines[i])) +
+                            ", whose spheres are fixed in space and cannot be kept; take them out");
+            }
+            const std::vector<bool> listed = listed_atoms(source, kept.lines[i]);
+            if (!source.dummies.empty() && !listed.empty()) {
                 stop_at(
                     source.name, line,
                     "found " + quoted(kept.lines[i]) +
                         ", whose atom numbers may count dummy atoms, which are left out; name the elements instead");
+            }
+            if (parts_an_element(source.atoms.numbers, listed)) {
+                notices.push_back({line, quoted(stripped(kept.lines[i])) +
+                                             " names some atoms of an element and not all: if symmetry exchanges them "
+                                             "with the others, set symm = F in the generator's control file"});
             }
         }
     }
@@ -230,7 +354,14 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
                                        has_connectivity(source.keywords) && !source.sections.front().lines.empty();
     const bool keep_connectivity = can_keep_connectivity && has_connectivity(job);
     const route ready = ready_route(job, keep_connectivity, place, line, notices);
-    const std::string in_space = stands_in_space(ready);
+    for (const route_keyword& keyword : source.keywords.keywords) {
+        if (is_optimization(keyword)) {
+            notices.push_back({source.route_line, quoted(keyword.text) +
+                                                      " left out: the geometry is taken as it is, make sure that it is "
+                                                      "optimised already"});
+        }
+    }
+    const std::string in_space = fixed_in_space(ready);
     check_atoms_suit(source, job, in_space);
     if (has_connectivity(job) && !keep_connectivity) {
         notices.push_back({line, "the connectivity is left out: there is none, or its atom numbers count dummy atoms"});
@@ -238,7 +369,7 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
     const bool asks = std::any_of(ready.keywords.begin(), ready.keywords.end(), asks_for_section);
     ready_input result;
     result.sections = ready_sections(source, keep_connectivity, !is_replaced || asks, notices);
-    check_lines(source, result.sections);
+    check_lines(source, result.sections, notices);
     if (is_replaced && result.sections.size() == (keep_connectivity ? 1U : 0U)) {
         check_sections_exist(ready, place);
     }
@@ -246,14 +377,14 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
     result.route = text_of(ready);
     result.title = ready_title(source.title.lines, source.title.line, notices);
     result.atoms = source.atoms;
-    result.stands_in_space = in_space;
+    result.fixed_in_space = in_space;
     return result;
 }
 
 ready_input make_ready(const std::string& name, int line, std::string_view route, std::string_view title,
                        const molecule& atoms, std::vector<notice>& notices) {
     const std::string place = line > 0 ? place_of(name, line) : name;
-    const gaussian::route job = without_analysis(parse_route(route, place), line, notices);
+    const gaussian::route job = parse_route(route, place);
     const gaussian::route ready = ready_route(job, false, place, line, notices);
     check_sections_exist(ready, place);
     ready_input result;
@@ -262,7 +393,7 @@ ready_input make_ready(const std::string& name, int line, std::string_view route
     result.title = ready_title(text.empty() ? std::vector<std::string>{} : std::vector<std::string>{std::string(text)},
                                0, notices);
     result.atoms = atoms;
-    result.stands_in_space = stands_in_space(ready);
+    result.fixed_in_space = fixed_in_space(ready);
     return result;
 }
 

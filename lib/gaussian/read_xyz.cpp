@@ -6,6 +6,8 @@
 
 #include "base/error.hpp"
 #include "base/free_format.hpp"
+#include "gaussian/atom_label.hpp"
+#include "gaussian/fields.hpp"
 #include "gaussian/symbols.hpp"
 #include "gaussian/words.hpp"
 #include "gaussian/xyz.hpp"
@@ -59,7 +61,11 @@ xyz_contents read_xyz(source& from) {
                             std::to_string(contents.line) + ", found " + std::to_string(i));
             }
             std::string_view rest = line;
-            const int number = number_or_symbol(next_word(rest));
+            const std::string_view symbol = next_word(rest);
+            if (is_one_of(symbol, {"d", "t"})) {
+                from.refuse(isotope_refused(symbol));
+            }
+            const int number = number_or_symbol(symbol);
             double position[3];
             if (number == 0 || !next_three_reals(rest, position)) {
                 from.refuse("expected a symbol or an atomic number and x, y and z, found '" +

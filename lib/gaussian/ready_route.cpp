@@ -36,9 +36,6 @@ bool has_part(const route_keyword& keyword, words names) {
 }
 
 bool is_geometry(const route_keyword& keyword) { return is_one_of(keyword.name(), {"geom", "geometry"}); }
-bool is_optimization(const route_keyword& keyword) {
-    return begins_with_any(keyword.name(), {"opt"}) || is_one_of(keyword.name(), {"fopt", "popt"});
-}
 bool is_force_field(const route_keyword& keyword) {
     return is_one_of(keyword.name(), {"amber", "dreiding", "uff", "mm"});
 }
@@ -66,6 +63,43 @@ bool reads_late_section(const route_option& option) {
 bool names_a_section(const route_option& option) {
     return (option.name.find("read") != std::string::npos && !begins_with_any(option.name, {"noread", "readint"})) ||
            option.name.starts_with("rd");
+}
+
+bool is_symmetry(const route_keyword& keyword) {
+    return is_one_of(keyword.name(), {"symmetry", "symm", "sym", "nosymm", "nosym", "nosymmetry"});
+}
+
+bool is_population(const route_keyword& keyword) { return is_one_of(keyword.name(), {"pop", "population"}); }
+bool is_properties(const route_keyword& keyword) { return is_one_of(keyword.name(), {"prop", "properties"}); }
+
+bool is_file_of_output(const route_option& option) { return begins_with_any(option.name, {"wf", "psi", "mat", "raw"}); }
+
+/// Whether a keyword makes each job write a file of one name: a second job in the folder would spoil the first one's.
+bool writes_a_shared_file(const route_keyword& keyword) {
+    const auto& options = keyword.parts.front().options;
+    return is_one_of(keyword.name(), {"punch", "cube", "formcheck", "formchk"}) ||
+           (keyword.name() == "output" && std::any_of(options.begin(), options.end(), is_file_of_output));
+}
+
+/// Whether a keyword only adds to the results, at a cost: it is left out whole.
+bool is_analysis(const route_keyword& keyword) {
+    return is_one_of(keyword.name(), {"nmr", "output"}) || writes_a_shared_file(keyword);
+}
+
+/// Whether an option has a section of the input for what is computed besides energy and forces.
+bool is_analysis_with_section(const route_keyword& keyword, const route_option& option) {
+    if (is_population(keyword)) {
+        return names_a_section(option) || option.name.starts_with("nbodel");
+    }
+    if (is_properties(keyword)) {
+        return names_a_section(option) || option.name == "opt";
+    }
+    return keyword.name() == "cphf" && is_one_of(option.name, {"rdfreq", "readfreq"});
+}
+
+/// Whether an option of a keyword that is left out whole has a section: the name of a file, a list of atoms.
+bool names_a_section_of_analysis(const route_keyword& keyword, const route_option& option) {
+    return keyword.name() == "output" ? is_file_of_output(option) : names_a_section(option);
 }
 
 /// Whether a method goes on from what an earlier job left in a checkpoint file: states or amplitudes.
@@ -109,19 +143,56 @@ void claim_job_option(std::vector<section_claim>& claims, const route_keyword& k
     }
 }
 
+/// How many sections the options of one part of a keyword have that changes the energy.
+int sections_of(const route_keyword& keyword, const route_part& part) {
+    return static_cast<int>(std::count_if(part.options.begin(), part.options.end(), [&](const route_option& option) {
+        const bool is_of_checkpoint =
+            (part.name == "guess" && option.name == "read") || reads_earlier_results(keyword, option);
+        return !is_of_checkpoint && !is_analysis_with_section(keyword, option) &&
+               (names_a_section(option) ||
+                is_one_of(option.name, {"cards", "alter", "input", "permute", "rw", "gen", "genecp"}) ||
+                (part.name == "scrf" && option.name == "dipole") ||
+                (part.name == "casscf" && option.name == "stateaverage"));
+    }));
+}
+
+/// How many sections a keyword that stays has behind the molecule.
+int sections_of(const route_keyword& keyword) {
+    if (is_analysis(keyword)) {
+        return 0;
+    }
+    int count = 0;
+    for (const route_part& part : keyword.parts) {
+        count += part.name == "genecp" ? 2 : 0;
+        count += is_one_of(part.name, {"gen", "massage", "charge", "extrabasis", "extradensitybasis"}) ? 1 : 0;
+        count += sections_of(keyword, part);
+    }
+    return count;
+}
+
 void claim_kept(std::vector<section_claim>& claims, const route_keyword& keyword) {
     if (is_force_field(keyword)) {
         if (option_of(keyword, {"hardfirst", "softfirst", "softonly", "modify"}) != nullptr) {
             claim(claims, force_field_place, keyword, fate::kept);
         }
-    } else if (keyword.name() == "cphf") {
-        if (option_of(keyword, {"rdfreq", "readfreq"}) != nullptr) {
-            claim(claims, frequencies_place, keyword, fate::kept);
-        }
     } else if (keyword.name() == "charge") {
         claim(claims, charges_place, keyword, fate::kept);
-    } else if (asks_for_section(keyword)) {
-        claim(claims, other_place, keyword, fate::kept);
+    } else {
+        for (int i = sections_of(keyword); i > 0; --i) {
+            claim(claims, other_place, keyword, fate::kept);
+        }
+    }
+}
+
+void claim_analysis(std::vector<section_claim>& claims, const route_keyword& keyword) {
+    if (keyword.name() == "cube") {
+        claim(claims, analysis_place, keyword, fate::removed);
+    }
+    for (const route_option& option : keyword.parts.front().options) {
+        if (is_analysis(keyword) ? names_a_section_of_analysis(keyword, option)
+                                 : is_analysis_with_section(keyword, option)) {
+            claim(claims, keyword.name() == "cphf" ? frequencies_place : analysis_place, keyword, fate::removed);
+        }
     }
 }
 
@@ -131,7 +202,7 @@ void claim_kept(std::vector<section_claim>& claims, const route_keyword& keyword
 
 [[noreturn]] void refuse_checkpoint(const std::string& place, const route_keyword& keyword) {
     refuse(place, quoted(keyword.text) +
-                      " reads a checkpoint file, which the jobs will not have; put what it reads into the input");
+                      " reads a checkpoint file, which the jobs will not have; give a route without it with --route");
 }
 
 bool is_compound_method(std::string_view name) {
@@ -139,11 +210,28 @@ bool is_compound_method(std::string_view name) {
            is_one_of(name, {"g1", "g2", "g2mp2", "g3", "g3mp2", "g3b3", "g3mp2b3", "g4", "g4mp2"});
 }
 
+/// Stops the run where a keyword that may have to go is joined to others.
+void check_joined(const route_keyword& keyword, const std::string& place) {
+    if (keyword.parts.size() == 1) {
+        return;
+    }
+    for (const route_part& part : keyword.parts) {
+        const route_keyword alone{part.name, {part}};
+        if (is_job_type(alone) || is_geometry(alone) || is_analysis(alone) || is_population(alone) ||
+            is_properties(alone) || is_symmetry(alone) ||
+            is_one_of(part.name, {"force", "guess", "units", "cphf", "charge"})) {
+            refuse(place, "expected a blank between '" + base::shown(part.name) + "' and other keywords, found " +
+                              quoted(keyword.text));
+        }
+    }
+}
+
 /// Stops the run at a keyword that cannot be carried over.
 void check_keyword(const route_keyword& keyword, const std::string& place) {
     const std::string shown = quoted(keyword.text);
+    check_joined(keyword, place);
     if (is_geometry(keyword) && option_of(keyword, {"readharm", "oldharm", "checkharm"}) != nullptr) {
-        refuse(place, shown + " adds a potential that stands in space and cannot be kept; take it out");
+        refuse(place, shown + " adds a potential that is fixed in space and cannot be kept; take it out");
     }
     if (is_geometry(keyword) || is_job_type(keyword)) {
         return;
@@ -251,10 +339,6 @@ void add_without_earlier(const route_keyword& keyword, int line, route& ready, s
     }));
 }
 
-bool is_symmetry(const route_keyword& keyword) {
-    return is_one_of(keyword.name(), {"symmetry", "symm", "sym", "nosymm", "nosym", "nosymmetry"});
-}
-
 /// Whether a keyword keeps the input's frame.
 bool is_without_symmetry(const route_keyword& keyword) {
     return is_one_of(keyword.name(), {"nosymm", "nosym", "nosymmetry"}) ||
@@ -265,6 +349,10 @@ bool is_without_symmetry(const route_keyword& keyword) {
 
 void tell_of_removed(const route_keyword& keyword, int line, std::vector<notice>& notices) {
     const std::string shown = quoted(keyword.text);
+    if (!keyword.stray_options.empty()) {
+        notices.push_back({line, quoted(keyword.stray_options) + " taken for options of '" + keyword.name() +
+                                     "', and left out with it"});
+    }
     if (keyword.name().starts_with("stab")) {
         notices.push_back({line, shown + " left out: make sure that the jobs find the stable wave function"});
     } else if (option_of(keyword, {"readiso", "rdiso"}) != nullptr) {
@@ -274,16 +362,53 @@ void tell_of_removed(const route_keyword& keyword, int line, std::vector<notice>
     }
 }
 
+/// Leaves out what only adds to the results: the options of it that have sections, or the whole keyword.
+void add_without_analysis(const route_keyword& keyword, int line, route& ready, std::vector<notice>& notices) {
+    if (is_analysis(keyword)) {
+        notices.push_back({line, quoted(keyword.text) + (writes_a_shared_file(keyword)
+                                                             ? " left out: all jobs would write the same file"
+                                                             : " left out: forces do not depend on it")});
+        return;
+    }
+    route_keyword kept = with_options(keyword, [&](const route_option& option) {
+        if (!is_analysis_with_section(keyword, option)) {
+            return true;
+        }
+        notices.push_back(
+            {line, quoted(option.text) + " of " + quoted(keyword.text) + " left out: forces do not depend on it"});
+        return false;
+    });
+    if (!kept.parts.front().options.empty() || keyword.parts.front().options.empty()) {
+        ready.keywords.push_back(std::move(kept));
+    }
+}
+
 void add_missing(std::string_view name, route& ready) {
     ready.keywords.push_back({std::string(name), {{std::string(name), {}}}});
 }
 
 }  // namespace
 
+bool is_optimization(const route_keyword& keyword) {
+    return begins_with_any(keyword.name(), {"opt"}) || is_one_of(keyword.name(), {"fopt", "popt"});
+}
+
 bool is_job_type(const route_keyword& keyword) {
     return is_optimization(keyword) || begins_with_any(keyword.name(), {"freq", "irc", "stab", "traj"}) ||
            is_one_of(keyword.name(),
                      {"sp", "singlepoint", "scan", "polar", "admp", "bomd", "forces", "volume", "eet", "lst", "lsta"});
+}
+
+bool is_stray_option(const route_keyword& keyword) {
+    return keyword.parts.size() == 1 &&
+           (is_one_of(keyword.name(), {"ts",        "qst2",      "qst3",   "tight",   "verytight", "loose", "expert",
+                                       "cartesian", "redundant", "rfo",    "rcfc",    "readfc",    "raman", "vcd",
+                                       "roa",       "numer",     "enonly", "forward", "reverse",   "lqa",   "hpc"}) ||
+            begins_with_any(keyword.name(),
+                            {"calcfc", "calcall",  "estmfc",  "newestm",  "noeigen", "eigentest", "modred",
+                             "addred", "z-mat",    "zmat",    "gdiis",    "gediis",  "maxcyc",    "maxstep",
+                             "maxp",   "stepsize", "recalc",  "notrust",  "noraman", "hpmode",    "readiso",
+                             "anharm", "savenorm", "intmode", "hindered", "readopt", "readfreez"}));
 }
 
 bool is_restart(const route& job) {
@@ -292,22 +417,7 @@ bool is_restart(const route& job) {
     });
 }
 
-bool asks_for_section(const route_keyword& keyword) {
-    if (has_part(keyword, {"gen", "genecp", "massage", "charge", "extrabasis", "extradensitybasis", "output"})) {
-        return true;
-    }
-    for (const route_part& part : keyword.parts) {
-        for (const route_option& option : part.options) {
-            const bool is_of_checkpoint =
-                (part.name == "guess" && option.name == "read") || reads_earlier_results(keyword, option);
-            if ((names_a_section(option) && !is_of_checkpoint) ||
-                is_one_of(option.name, {"cards", "alter", "input", "permute", "rw", "gen", "genecp"})) {
-                return true;
-            }
-        }
-    }
-    return false;
-}
+bool asks_for_section(const route_keyword& keyword) { return sections_of(keyword) > 0; }
 
 bool has_connectivity(const route& job) {
     return std::any_of(job.keywords.begin(), job.keywords.end(), [](const route_keyword& keyword) {
@@ -327,6 +437,7 @@ std::vector<section_claim> claims_of(const route& job) {
                 claim_job_option(claims, keyword, option);
             }
         } else {
+            claim_analysis(claims, keyword);
             claim_kept(claims, keyword);
         }
     }
@@ -335,7 +446,21 @@ std::vector<section_claim> claims_of(const route& job) {
     return claims;
 }
 
-std::string stands_in_space(const route& job) {
+std::string may_end_elsewhere(const route& job) {
+    for (const route_keyword& keyword : job.keywords) {
+        if (is_one_of(keyword.name(), {"scan", "admp", "bomd"}) || begins_with_any(keyword.name(), {"irc", "traj"})) {
+            return keyword.text;
+        }
+    }
+    for (const section_claim& claim : claims_of(job)) {
+        if (claim.place == frozen_place || claim.place == modredundant_place) {
+            return claim.owner;
+        }
+    }
+    return {};
+}
+
+std::string fixed_in_space(const route& job) {
     for (const route_keyword& keyword : job.keywords) {
         if (has_part(keyword, {"field", "charge", "massage"}) ||
             (keyword.name() == "guess" && option_of(keyword, {"cards", "input"}) != nullptr)) {
@@ -343,31 +468,6 @@ std::string stands_in_space(const route& job) {
         }
     }
     return {};
-}
-
-route without_analysis(const route& job, int line, std::vector<notice>& notices) {
-    route kept{job.head, {}};
-    for (const route_keyword& keyword : job.keywords) {
-        const bool is_output = keyword.name() == "output";
-        if (!is_output && !is_one_of(keyword.name(), {"pop", "population", "prop", "properties", "nmr", "cphf"})) {
-            kept.keywords.push_back(keyword);
-            continue;
-        }
-        const auto is_kept = [&](const route_option& option) {
-            const bool has_section = is_output ? begins_with_any(option.name, {"wfn", "wfx"}) : names_a_section(option);
-            if (has_section) {
-                notices.push_back({line, quoted(option.text) + " of " + quoted(keyword.text) +
-                                             " left out: the section that it needs is not in this file, and forces do "
-                                             "not depend on it"});
-            }
-            return !has_section;
-        };
-        route_keyword rest = with_options(keyword, is_kept);
-        if (!rest.parts.front().options.empty() || keyword.parts.front().options.empty()) {
-            kept.keywords.push_back(std::move(rest));
-        }
-    }
-    return kept;
 }
 
 route ready_route(const route& job, bool keep_connectivity, const std::string& place, int line,
@@ -389,6 +489,9 @@ route ready_route(const route& job, bool keep_connectivity, const std::string& p
         } else if (std::any_of(keyword.parts.front().options.begin(), keyword.parts.front().options.end(),
                                [&](const route_option& option) { return reads_earlier_results(keyword, option); })) {
             add_without_earlier(keyword, line, ready, notices);
+        } else if (is_analysis(keyword) || is_population(keyword) || is_properties(keyword) ||
+                   keyword.name() == "cphf") {
+            add_without_analysis(keyword, line, ready, notices);
         } else if (keyword.name() == "units") {
             notices.push_back({line, quoted(keyword.text) + " left out: coordinates are written in angstrom"});
         } else if ((keyword.name() == "force" && has_force) || (is_without_symmetry(keyword) && has_nosymm)) {

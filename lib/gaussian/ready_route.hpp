@@ -14,12 +14,13 @@ namespace displacement_generator::gaussian {
 struct section_claim {
     enum class fate { kept, removed, unknown_count };
 
-    int place;          ///< in the order in which Gaussian reads sections; `last_known_place` is the last that is known
+    int place;          ///< a `section_place`
     std::string owner;  ///< the keyword, as written
     fate what;
 };
 
-/// Places of sections, in Gaussian's order. Those from `other` on are not told apart.
+/// Places of sections, in Gaussian's order. Those at `other_place` are not told apart, nor those at `analysis_place`:
+/// of what is computed after the energy.
 enum section_place {
     connectivity_place,
     frozen_place,
@@ -31,10 +32,17 @@ enum section_place {
     trajectory_place,
     path_place,
     other_place,
+    analysis_place,
 };
 
 /// Whether a keyword begins a job type, or says how to go on with one, and is left out of a ready route.
 bool is_job_type(const route_keyword& keyword);
+
+/// Whether a keyword optimises the geometry.
+bool is_optimization(const route_keyword& keyword);
+
+/// Whether a word by itself can only be an option of a job type.
+bool is_stray_option(const route_keyword& keyword);
 
 /// Whether a route goes on with a job that was broken off: what else it asks for is in a checkpoint file.
 bool is_restart(const route& job);
@@ -49,13 +57,7 @@ bool asks_for_section(const route_keyword& keyword);
 bool has_connectivity(const route& job);
 
 /// The keyword that puts a field or charges in space; empty where there is none.
-std::string stands_in_space(const route& job);
-
-/// A route without options that only analyse the result, and need a section for it: for a source without sections.
-///   job      in
-///   line     in      what a notice names
-///   notices  in/out
-route without_analysis(const route& job, int line, std::vector<notice>& notices);
+std::string fixed_in_space(const route& job);
 
 /// A route without what a ready one cannot have, with `force` and `nosymm`.
 ///   job               in

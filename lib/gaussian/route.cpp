@@ -5,6 +5,7 @@
 
 #include "base/error.hpp"
 #include "gaussian/fields.hpp"
+#include "gaussian/ready_route.hpp"
 
 namespace displacement_generator::gaussian {
 
@@ -122,6 +123,12 @@ void check_quoted(std::string_view text, const std::string& place) {
     }
 }
 
+void add_stray_option(const route_keyword& option, route_keyword& job_type) {
+    job_type.parts.front().options.push_back({option.text, option.name()});
+    job_type.text += "," + option.text;
+    job_type.stray_options += (job_type.stray_options.empty() ? "" : ",") + option.text;
+}
+
 }  // namespace
 
 std::size_t head_size(std::string_view line) {
@@ -157,7 +164,11 @@ route parse_route(std::string_view text, const std::string& place) {
         for (const std::string_view piece : split(keyword.text, "/")) {
             keyword.parts.push_back(part_of(piece));
         }
-        job.keywords.push_back(std::move(keyword));
+        if (!job.keywords.empty() && is_job_type(job.keywords.back()) && is_stray_option(keyword)) {
+            add_stray_option(keyword, job.keywords.back());
+        } else {
+            job.keywords.push_back(std::move(keyword));
+        }
     }
 }
 

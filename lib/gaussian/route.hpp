@@ -25,6 +25,7 @@ struct route_part {
 struct route_keyword {
     std::string text;               ///< as written, without blanks around "=", "/" and brackets
     std::vector<route_part> parts;  ///< at least one
+    std::string stray_options{};    ///< of a job type: options that followed it as words of their own, in `text` too
 
     [[nodiscard]] const std::string& name() const { return parts.front().name; }
 };
@@ -37,7 +38,8 @@ struct route {
 /// How long the head of a route line is: "#", with the letter after it if that stands by itself; 0 where there is none.
 std::size_t head_size(std::string_view line);
 
-/// Takes a route apart.
+/// Takes a route apart. Words after a job type that are no keywords but options of one, as in `opt=calcfc,tight,ts`,
+/// are options of that job type.
 ///   text   in  from its "#" on, its lines joined by a blank each
 ///   place  in  what a message begins with, "mol.gjf:3" for example
 /// A route that does not begin with "#", a bracket that has no other one, or blanks between quotation marks stop the

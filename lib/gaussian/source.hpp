@@ -60,7 +60,7 @@ class source {
     bool owned_ = false;  ///< whether the descriptor is this one's to close
 };
 
-/// What a text is, told by its beginning.
+/// What a text is, recognised by its beginning.
 enum class source_kind { input, log, checkpoint, xyz, unknown };
 
 /// Tells what a text is. Takes nothing of it, so that a pipe can still be read from its beginning.

@@ -114,7 +114,7 @@ Eigen::Vector3d by_two_angles(const z_line& line, const Eigen::Vector3d& to_j, c
     const double b = (cosine_k - cosine * cosine_j) / sine_squared;
     const double height_squared = 1.0 - a * cosine_j - b * cosine_k;
     if (height_squared < -flat) {
-        stop(name, line, "no point has both of its angles; expected them to meet in space");
+        stop(name, line, "no point has both of its angles; expected two angles that fit together");
     }
     const double c = std::sqrt(std::max(height_squared, 0.0) / sine_squared);
     const double side = line.third == third_number::angle_plus ? c : -c;

@@ -294,6 +294,58 @@ TEST(frame, what_the_generator_finds_beyond_a_small_tolerance_is_told) {
     EXPECT_TRUE(frame::keep_frame(source.kinds, source.positions, 0.0005).exact);
 }
 
+// Two pairs of atoms nearer to each other than an operation may be off: operations hold each by itself, but one after
+// the other they exchange other atoms than their product, and no coordinates have them all.
+TEST(frame, operations_that_do_not_suit_each_other_are_not_joined) {
+    const molecule source = make({{6, {0.958, -0.040, -0.048}},
+                                  {6, {-0.913, 0.021, -0.063}},
+                                  {6, {0.988, 0.042, 0.023}},
+                                  {6, {-0.970, -0.005, 0.027}}});
+    const frame::frame_result result = frame::keep_frame(source.kinds, source.positions, frame::largest_tolerance);
+    EXPECT_TRUE(result.exact);
+    EXPECT_EQ(result.group, cs);
+    EXPECT_EQ(result.computed, 12);  // (24 + 0) / 2: no atom is on the plane
+}
+
+// Short levers and a large tolerance: elements are far from a right angle as they are found. C2v, all atoms on one
+// plane and two on the axis: (36 + 2 * 2 + 6 * 4 + 2 * 4) / 4.
+TEST(frame, directions_are_at_right_angles_as_far_as_they_can_be_off) {
+    const molecule source = make({{1, {0.267, 0.173, -0.452}},
+                                  {1, {0.416, 0.245, 0.171}},
+                                  {1, {-0.401, -0.063, -0.105}},
+                                  {1, {-0.465, 0.048, 0.219}},
+                                  {6, {-0.760, -0.028, 0.125}},
+                                  {6, {0.672, 0.148, -0.079}}});
+    const frame::frame_result result = frame::prepare(source.kinds, source.positions, frame::largest_tolerance);
+    EXPECT_EQ(result.computed, 18);
+    EXPECT_LE(result.largest_move, frame::largest_tolerance);
+}
+
+// The first fit to all atoms changes which atom is whose image. D2h with four atoms on one plane and two where two
+// planes meet: (36 + 4 + 4 * 4 + 2 * 4 + 2 * 4) / 8.
+TEST(frame, an_operation_is_fitted_until_its_partners_stay) {
+    const molecule source = make({{1, {-0.208, 0.239, 0.605}},
+                                  {1, {0.118, 0.617, 0.416}},
+                                  {1, {-0.124, -0.488, -0.396}},
+                                  {1, {0.190, -0.183, -0.544}},
+                                  {6, {-0.322, 0.322, -0.212}},
+                                  {6, {0.391, -0.314, 0.221}}});
+    EXPECT_EQ(frame::prepare(source.kinds, source.positions, frame::largest_tolerance).computed, 9);
+}
+
+// C2h when it is made exact once, D2h when twice. Each atom is on an axis and so on two planes: (24 + 4 * 2 + 8 * 4)
+// / 8.
+TEST(frame, what_is_made_exact_is_looked_at_again) {
+    const molecule source = make({{1, {-0.182, 0.320, -0.390}},
+                                  {1, {0.307, -0.360, 0.410}},
+                                  {6, {-0.345, 0.424, -0.366}},
+                                  {6, {0.279, -0.392, 0.349}}});
+    const frame::frame_result result = frame::prepare(source.kinds, source.positions, frame::largest_tolerance);
+    EXPECT_EQ(result.group, d2h);
+    EXPECT_EQ(result.computed, 8);
+    EXPECT_LE(result.largest_move, frame::largest_tolerance);
+}
+
 TEST(frame, no_atoms_are_merged) {
     // On either side of a plane, of two kinds, nearer than the tolerance: the plane would bring them together.
     const molecule source = make({{6, {0.004, 1, 0}}, {1, {-0.004, 1, 0}}, {8, {0, 0, 0}}, {9, {0, -1, 1}}});

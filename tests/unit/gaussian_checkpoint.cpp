@@ -300,6 +300,8 @@ TEST(gaussian_checkpoint, refusals) {
          "mol.fchk:13: expected the size of the section 'Total Energy', found '-7.640890123456789E+01'"},
         {"Charge                                     I ", "Charge and something else of no such layout\n",
          "mol.fchk:4: expected the heading of a section, found 'Charge and something else of no such layout'"},
+        {"Charge                                     I              ", "Charge                                     I.",
+         "mol.fchk:4: expected the heading of a section, found 'Charge                                     I. -1'"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(refused(replaced(text, row.what, row.by)), row.message) << row.what;

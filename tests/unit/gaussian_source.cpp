@@ -44,6 +44,10 @@ TEST(gaussian_source, kinds) {
         checkpoint.title = title;
         EXPECT_EQ(kind(support::checkpoint_text(checkpoint)), source_kind::checkpoint) << title;
     }
+    // A checkpoint says it at its top; further down it is text of something else.
+    const std::string atoms = "Number of atoms                            I                3\n";
+    EXPECT_EQ(kind(input + std::string(10 - 8, '\n') + atoms), source_kind::input);
+    EXPECT_EQ(kind(input + std::string(9 - 8, '\n') + atoms), source_kind::checkpoint);
     EXPECT_EQ(kind(xyz), source_kind::xyz);
     EXPECT_EQ(kind("\n  2 \n\n1 0.0 0.0 0.0 0.5\n"), source_kind::xyz);
     EXPECT_EQ(kind("2\ncomment\nH 0 0\n"), source_kind::unknown);

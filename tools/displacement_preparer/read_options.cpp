@@ -38,23 +38,24 @@ void check(const options& asked) {
 
 std::string read_options(int argc, const char* const* argv, options& asked) {
     CLI::App app(
-        "Makes a Gaussian input of any molecule from Gaussian, in the frame in which displacement_generator computes\n"
-        "fewest displacements. Report and notices go to standard error.",
+        "Makes a Gaussian input from a Gaussian input or log, a formatted checkpoint or an xyz file, in the frame in\n"
+        "which displacement_generator computes the fewest displacements. The report and all notices go to standard "
+        "error.",
         program_name);
     companion::add_common_options(app);
     app.add_option("SOURCE", asked.source,
-                   "Gaussian input or log, formatted checkpoint or xyz file, told by its content; - is standard input")
+                   "the molecule; the kind of file is recognised by its content; - is standard input")
         ->required()
         ->type_name("");
-    app.add_option("-o,--output", asked.output, "the input to write; - is standard output (default)")
+    app.add_option("-o,--output", asked.output, "the input to write; - is standard output (the default)")
         ->type_name("FILE");
     app.add_option("--tolerance", asked.tolerance, "how far an atom may be moved, in angstrom (default 0.01)")
         ->type_name("X");
     const CLI::Option* route =
-        app.add_option("--route", asked.route, "in place of the source's, from its # on")->type_name("TEXT");
-    app.add_option("--charge", asked.charge, "in place of the source's")->type_name("N");
-    app.add_option("--multiplicity", asked.multiplicity, "in place of the source's")->type_name("N");
-    app.add_flag("--keep-frame", asked.keep_frame, "neither move nor turn the molecule, only make it exact");
+        app.add_option("--route", asked.route, "the route in place of the source's, from its # on")->type_name("TEXT");
+    app.add_option("--charge", asked.charge, "the charge in place of the source's")->type_name("N");
+    app.add_option("--multiplicity", asked.multiplicity, "the multiplicity in place of the source's")->type_name("N");
+    app.add_flag("--keep-frame", asked.keep_frame, "neither move nor turn the molecule, only make its symmetry exact");
     if (std::string text = companion::parse(app, argc, argv); !text.empty()) {
         return text;
     }

@@ -7,6 +7,7 @@
 #include "base/error.hpp"
 #include "gaussian/checkpoint.hpp"
 #include "gaussian/checkpoint_route.hpp"
+#include "gaussian/fields.hpp"
 #include "gaussian/lines.hpp"
 #include "gaussian/log.hpp"
 #include "gaussian/read_input.hpp"
@@ -40,6 +41,15 @@ std::string made_title(const std::string& name) {
 ///   line  in  of the source's route; 0: none
 void make_ready(const options& asked, int line, const std::string& title, const gaussian::molecule& atoms,
                 source_molecule& result) {
+    if (!result.old_route.empty()) {
+        const std::string place = line > 0 ? gaussian::place_of(result.name, line) : result.name;
+        if (const std::string keyword = gaussian::may_end_elsewhere(gaussian::parse_route(result.old_route, place));
+            !keyword.empty()) {
+            result.notices.push_back(
+                {line, gaussian::quoted(keyword) +
+                           " may end elsewhere than at a stationary point: make sure that this geometry is one"});
+        }
+    }
     const bool is_replaced = !asked.route.empty();
     result.ready = gaussian::make_ready(is_replaced ? "the new route" : result.name, is_replaced ? 0 : line,
                                         is_replaced ? asked.route : result.old_route, title, atoms, result.notices);
@@ -134,10 +144,10 @@ void read_log(const options& asked, gaussian::source& from, source_molecule& res
     }
     take_log_route(asked, log, result);
     make_ready(asked, job.line, made_title(result.name), job.molecule, result);
-    if (!result.ready.stands_in_space.empty() && job.in != gaussian::frame::input) {
+    if (!result.ready.fixed_in_space.empty() && job.in != gaussian::frame::input) {
         stop(result.name, job.geometry_line,
-             "'" + base::shown(result.ready.stands_in_space) +
-                 "' stands in space, in the frame of the input, and this geometry is in the standard orientation; "
+             "'" + base::shown(result.ready.fixed_in_space) +
+                 "' is fixed in space, in the frame of the input, and this geometry is in the standard orientation; "
                  "prepare the input with this geometry instead");
     }
 }
@@ -159,10 +169,10 @@ void read_checkpoint(const options& asked, gaussian::source& from, source_molecu
         result.old_route = found.route;
     }
     make_ready(asked, 0, found.title.empty() ? made_title(result.name) : found.title, molecule_of(found), result);
-    if (!result.ready.stands_in_space.empty()) {
+    if (!result.ready.fixed_in_space.empty()) {
         stop(result.name, 0,
-             "'" + base::shown(result.ready.stands_in_space) +
-                 "' stands in space, in the frame of the input, and a checkpoint may be in another one; prepare the "
+             "'" + base::shown(result.ready.fixed_in_space) +
+                 "' is fixed in space, in the frame of the input, and a checkpoint may be in another one; prepare the "
                  "input instead");
     }
 }

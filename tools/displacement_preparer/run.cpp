@@ -1,14 +1,12 @@
 #include "run.hpp"
 
-#include <unistd.h>
-
 #include <cmath>
 #include <string>
 #include <utility>
 
 #include "base/error.hpp"
 #include "check_prepared.hpp"
-#include "file/descriptor.hpp"
+#include "companion/program.hpp"
 #include "frame/frame.hpp"
 #include "gaussian/fields.hpp"
 #include "gaussian/ready_input.hpp"
@@ -26,7 +24,7 @@ double printed(double coordinate) {
     return std::round(coordinate * decimals) / decimals + 0.0;  // no -0
 }
 
-/// The molecule as it is, for what stands in space with it.
+/// The molecule as it is, for what is fixed in space.
 frame::frame_result untouched(const gaussian::molecule& atoms) {
     frame::frame_result result;
     result.positions = atoms.positions.unaryExpr(&printed);
@@ -41,11 +39,12 @@ frame::frame_result untouched(const gaussian::molecule& atoms) {
 
 frame::frame_result framed(const options& asked, source_molecule& found) {
     const gaussian::molecule& atoms = found.ready.atoms;
-    if (!found.ready.stands_in_space.empty()) {
-        std::string text = gaussian::quoted(found.ready.stands_in_space);
+    if (!found.ready.fixed_in_space.empty()) {
+        std::string text = gaussian::quoted(found.ready.fixed_in_space);
         text +=
-            " stands in space: the molecule is neither moved nor turned. Set symm = F in the generator's control file; "
-            "std_orient = F is enough where what stands in space has the molecule's symmetry";
+            " is fixed in space: the molecule is neither moved nor turned. Set symm = F in the generator's control "
+            "file; "
+            "std_orient = F is enough if what is fixed in space has the molecule's symmetry";
         found.notices.push_back({0, std::move(text)});
         return untouched(atoms);
     }
@@ -66,12 +65,6 @@ auto of_source(const source_molecule& found, work&& what) {
         return what();
     } catch (const base::run_error& error) {
         throw base::run_error(found.name + ": " + error.what());
-    }
-}
-
-void print_report(const std::string& text) {
-    if (const int error = file::write_all(STDERR_FILENO, text); error != 0) {
-        throw base::run_error("standard error: cannot write: " + file::system_reason(error));
     }
 }
 
@@ -97,7 +90,7 @@ void run(const options& asked) {
     prepared_file output(asked.output, result.source);
     output.write(result.text);
     check_prepared(output.temporary(), result.atoms, result.count);
-    print_report(result.report);  // first: an OUTPUT whose notices nobody saw is none
+    companion::print_to_standard_error(result.report);  // first: an OUTPUT whose notices nobody saw is none
     output.put_in_place(result.text);
 }
 

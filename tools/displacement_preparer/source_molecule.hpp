@@ -34,7 +34,7 @@ struct source_molecule {
     std::vector<gaussian::notice> notices;
 };
 
-/// Reads SOURCE, tells what it is by its content, and makes it ready but for its coordinates.
+/// Reads SOURCE, recognises it by its content, and makes it ready but for its coordinates.
 ///   asked  in  source, route, charge and multiplicity
 /// Stops the run with "NAME:LINE: ..." where something is wrong or cannot be carried over rightly.
 source_molecule read_source(const options& asked);

@@ -27,7 +27,7 @@ prepared prepare(std::string_view text, std::string_view route = "") {
         const gaussian::ready_input ready =
             gaussian::make_ready(gaussian::read_input(text, "m", notices), route, notices);
         result.text = gaussian::write_input(ready);
-        result.in_space = ready.stands_in_space;
+        result.in_space = ready.fixed_in_space;
     });
     for (const gaussian::notice& told : notices) {
         result.notices.append(std::to_string(told.line)).append(" ").append(told.text).append("\n");
@@ -87,6 +87,7 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         {job("# hf opt=modredundant", "\n"), ready("# hf force nosymm")},
         {job("# hf\n#p opt freq scf=xqc", ""), ready("# hf scf=xqc force nosymm")},
         {job("# hf\n#pbepbe opt", ""), ready("# hf pbepbe force nosymm")},
+        {job("# hf/gen opt=tight,modredundant", "\nB 1 2 F\n\n" + basis), ready("# hf/gen force nosymm", basis)},
         {job("# hf/gen freq=(modredundant,intmodes)", "\nB 1 2 F\n\n" + basis), ready("# hf/gen force nosymm", basis)},
         {job("# hf opt=modredundant", ""), ready("# hf force nosymm")},
         {job("# hf Opt(ModRedun,TS)", "\n* * B\n1 2 F\n\n"), ready("# hf force nosymm")},
@@ -109,9 +110,37 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         {job("# hf freq=(anharmonic,readanharm)", "\nprint=all\n\n"), ready("# hf force nosymm")},
         {job("# hf opt=addgic", "\nR(1,2)=B(1,2)\n\n"), ready("# hf force nosymm")},
         {job("# hf admp=(stepsize=1000)", ""), ready("# hf force nosymm")},
+        {job("# hf opt=modredundant scrf=read", "\nB 1 2 F\n\neps=5.\n\n"),
+         ready("# hf scrf=read force nosymm", "eps=5.\n\n")},
+        {job("# hf opt=modredundant scrf=read", "\n\neps=5.\n\n"), ready("# hf scrf=read force nosymm", "eps=5.\n\n")},
+        {job("# hf output=wfx", "\nh2.wfx\n\n"), ready("# hf force nosymm")},
+        {job("# hf output=(wfn,pickett)", "\nh2.wfn\n"), ready("# hf force nosymm")},
+        {job("# hf output=wfn", ""), ready("# hf force nosymm")},
+        {job("# hf/gen output=wfx", "\n" + basis + "h2.wfx\n\n"), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen output=wfx", "\n" + basis + "\nh2.wfx\n\n"), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen output=pickett", "\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# output=wfx hf/genecp scrf=read pop=(nboread,full)",
+             "\n" + basis + "H 0\nH-ECP 1 2\n\neps=5.\n\n$NBO $END\n\nh2.wfx\n\n"),
+         ready("# hf/genecp scrf=read pop=full force nosymm", basis + "H 0\nH-ECP 1 2\n\neps=5.\n\n")},
+        {job("# hf/gen pseudo=read pop=nboread", "\n" + basis + "H 0\nH-ECP 1 2\n\n$NBO $END\n\n"),
+         ready("# hf/gen pseudo=read force nosymm", basis + "H 0\nH-ECP 1 2\n\n")},
+        {job("# hf/gen nmr=(spinspin,readatoms)", "\n" + basis + "atoms=1\n\n"), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen prop=(efg,read)", "\n" + basis + "0. 0. 1.\n\n"),
+         ready("# hf/gen prop=efg force nosymm", basis)},
+        {job("# hf prop=opt", "\n0. 0. 1.\n\n"), ready("# hf force nosymm")},
+        {job("# hf/gen pop=(mk,readradii)", "\n" + basis + "H 1.2\n\n"), ready("# hf/gen pop=mk force nosymm", basis)},
+        {job("# hf/gen cube=density", "\n" + basis + "h2.cube\n0 0. 0. 0.\n\n"), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen nmr formcheck punch=mo", "\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# hf/gen freq cphf=rdfreq", "\n0.1\n\n" + basis), ready("# hf/gen force nosymm", basis)},
+        {job("# hf charge polar cphf=(rdfreq,conver=9)", "\n0.1\n\n0 0 5 1\n\n"),
+         ready("# hf charge cphf=conver=9 force nosymm", "0 0 5 1\n\n")},
+        {job("# casscf(2,2,stateaverage)/sto-3g output=wfn", "\n0.5 0.5\n\nh2.wfn\n\n"),
+         ready("# casscf(2,2,stateaverage)/sto-3g force nosymm", "0.5 0.5\n\n")},
+        {job("# hf scrf=dipole output=wfn", "\n3.5 78.4\n\nh2.wfn\n\n"),
+         ready("# hf scrf=dipole force nosymm", "3.5 78.4\n\n")},
         {job("# hf/gen", "\n" + basis + "\nrest\n"), ready("# hf/gen force nosymm", basis + "\nrest\n\n")},
         {job("# hf guess=alter pop=nboread", "\n1 2\n\n$NBO $END\n\n"),
-         ready("# hf guess=alter pop=nboread force nosymm", "1 2\n\n$NBO $END\n\n")},
+         ready("# hf guess=alter force nosymm", "1 2\n\n")},
         {job("# hf geom=connectivity", "\n 1 2 1.0\n 2\n"), ready("# hf geom=connectivity force nosymm", connectivity)},
         {job("# hf geom=connectivity", ""), ready("# hf force nosymm")},
     };
@@ -121,6 +150,47 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         const prepared again = prepare(found);
         EXPECT_EQ(again.text, found) << row.text;
         EXPECT_EQ(again.notices, "") << row.text;
+    }
+}
+
+TEST(make_ready, tells_of_coordinates_that_were_frozen_or_scanned) {
+    const std::string optimised = " left out: the geometry is taken as it is, make sure that it is optimised already\n";
+    const std::string frozen =
+        " left out, which freezes or scans coordinates: make sure that the geometry is a stationary point\n";
+    const auto told = [](const std::string& keyword, const std::string& lines) {
+        return prepare(job("# hf " + keyword, "\n" + lines + "\n\n")).notices;
+    };
+    for (const char* line :
+         {"B 1 2 F", "1 2 f", "* * F", "B 1 2 S 10 0.05", "B,1,2,1.5,S,10,0.05", "X 1 F ! fixed", "R1(Freeze)=B(1,2)",
+          "R1(F)=B(1,2)", "R1(value=1.2,frozen)=B(1,2)", "R1(NSteps=10,StepSize=0.1)=R(1,2)", "X1(f,value=2)=X(1)"}) {
+        EXPECT_EQ(told("opt=modredundant", std::string("B 1 2 A\n").append(line)),
+                  "1 'opt=modredundant'" + optimised + "10 '" + line + "'" + frozen);
+    }
+    for (const char* line : {"B 1 2 A", "B 1 2 1.4 B", "B 1 2 K ! F", "1 2 H 0.5", "! F", "R1=B(1,2)"}) {
+        EXPECT_EQ(told("opt=modredundant", line), "1 'opt=modredundant'" + optimised) << line;
+    }
+    EXPECT_EQ(told("opt=modredundant", "B 1 2 F\nX 1 F"), "1 'opt=modredundant'" + optimised + "9 'B 1 2 F'" + frozen);
+    EXPECT_EQ(told("opt(readopt)", "! all\nnoatoms atoms=1"),
+              "1 'opt(readopt)'" + optimised + "10 'noatoms atoms=1'" + frozen);
+    EXPECT_EQ(told("geom=modredundant", "B 1 2 F"), "9 'B 1 2 F'" + frozen);
+    EXPECT_EQ(told("freq=readiso", "B 1 2 F").find("stationary"), std::string::npos);
+}
+
+TEST(make_ready, tells_of_atoms_of_one_element_with_different_basis_sets) {
+    const auto told = [](const std::string& line, const std::string& rest) {
+        return prepare(job("# hf/gen", "\n" + line + "\n6-31G\n****\n" + rest + "\n3-21G\n****\n\n",
+                           "O 0 0 0\nH 0 .7 .5\nH 0 -.7 .5\nO 0 0 3\nHe 0 0 5\n"))
+            .notices;
+    };
+    const std::string some =
+        " names some atoms of an element and not all: if symmetry exchanges them with the others, set symm = F in the "
+        "generator's control file\n";
+    EXPECT_EQ(told("1-2 0", "3 4 0"), "12 '1-2 0'" + some + "15 '3 4 0'" + some);
+    EXPECT_EQ(told("2,4 0 ! two", "O 0"), "12 '2,4 0 ! two'" + some);
+    EXPECT_EQ(told("1-1 4 0", "2 0"), "15 '2 0'" + some);
+    for (const char* whole : {"1 4 0", "2-3 0", "5 0", "1-4 0", "O H 0", "2", "0", "2 6 0", "0 2 0", "2-1 0", "2-9 0",
+                              "2-2000000000 0", "-2 0", "2- 0"}) {
+        EXPECT_EQ(told(whole, "He 0"), "") << whole;
     }
 }
 
@@ -180,6 +250,28 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
          "m:9: found '0 0 0' after the molecule, and nobody can tell whether it belongs to 'admp=readvelocity'; take "
          "that "
          "keyword and its sections out"},
+        {job("# hf opt=modredundant scrf=read", "\neps=5.\n\n"),
+         "m:9: found 'eps=5.' after the molecule, and nobody can tell whether it belongs to 'opt=modredundant'; take "
+         "that "
+         "keyword and its section out"},
+        {job("# hf charge opt=modredundant", "\n0. 0. 5. 1.\n\n"),
+         "m:9: found '0. 0. 5. 1.' after the molecule, and nobody can tell whether it belongs to 'opt=modredundant'; "
+         "take "
+         "that keyword and its section out"},
+        {job("# hf/gen output=wfx", "\n" + basis),
+         "m:9: found 'H 0' after the molecule, and nobody can tell whether it belongs to 'output=wfx'; take that "
+         "keyword "
+         "and its section out"},
+        {job("# hf/gen output=wfx", "\n" + basis + "h2.wfx\n\nnote\n\n"),
+         "m:9: found 'H 0' after the molecule, and nobody can tell whether it belongs to 'output=wfx'; take that "
+         "keyword "
+         "and its section out"},
+        {job("# hf pop=nboread", "\n\n$NBO $END\n\n$NBO $END\n\n"),
+         "m:10: found '$NBO $END' after the molecule, and nobody can tell whether it belongs to 'pop=nboread'; take "
+         "that "
+         "keyword and its section out"},
+        {job("# hf output=wfx", "\n" + basis),
+         "m:11: expected the section of 'output=wfx', found '****'; take the keyword out, or give its section"},
         {job("# uff", "", "H-H_ 0 0 0\nH 0 0 .74\n"),
          "m:6: found an atom with a type for the force field 'uff', which cannot be kept; give the route of another "
          "method"},
@@ -190,6 +282,11 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
         {job("# hf/gen", "\n1 3 0\n6-31G\n****\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n"),
          "m:10: found '1 3 0', whose atom numbers may count dummy atoms, which are left out; name the elements "
          "instead"},
+        {job("# hf/gen", "\n1-2 0\n6-31G\n****\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n"),
+         "m:10: found '1-2 0', whose atom numbers may count dummy atoms, which are left out; name the elements "
+         "instead"},
+        {job("# hf scrf=read", "\neps=2. ! ExtraSph\nExtraSph=1\n0. 0. 1. 2.\n\n"),
+         "m:10: found 'ExtraSph=1', whose spheres are fixed in space and cannot be kept; take them out"},
         {job("# hf", "", "H 0 0 0\nH 0 0 10000\n"),
          "expected coordinates between -1000 and 10000 angstrom, found 10000.000000"},
         {job("# hf", "", "H 0 0 0\nH 0 0 -1000\n"),
@@ -226,7 +323,7 @@ TEST(make_ready, breaks_a_long_route_between_keywords) {
                   "... (450 more characters)'|standard error|2");
 }
 
-TEST(make_ready, tells_what_stands_in_space) {
+TEST(make_ready, tells_what_fixed_in_space) {
     EXPECT_EQ(prepare(job("# hf field=x+10", "")).in_space, "field=x+10");
     EXPECT_EQ(prepare(job("# hf", "")).in_space, "");
 }
@@ -237,6 +334,9 @@ TEST(make_ready, takes_another_route) {
         job("# hf/gen opt=modredundant geom=connectivity", "\n 1 2 1.0\n 2\n\nB 1 2 F\n\n" + basis);
     EXPECT_EQ(prepare(text, "#p b3lyp/sto-3g opt").text, ready("#p b3lyp/sto-3g force nosymm"));
     EXPECT_EQ(prepare(text, "#p b3lyp/sto-3g opt").notices,
+              "1 'opt=modredundant' left out: the geometry is taken as it is, make sure that it is optimised already\n"
+              "12 'B 1 2 F' left out, which freezes or scans coordinates: make sure that the geometry is a stationary "
+              "point\n"
               "14 the sections after the molecule are left out: the new route asks for none\n");
     EXPECT_EQ(prepare(text, "#p b3lyp/gen").text, ready("#p b3lyp/gen force nosymm", basis));
     EXPECT_EQ(prepare(text, "#p b3lyp/gen geom=connectivity").text,
@@ -264,8 +364,8 @@ TEST(make_ready, takes_a_molecule_that_was_in_no_input) {
     };
     EXPECT_EQ(made("#p hf opt freq geom=(check,connectivity)", " t "), ready("#p hf force nosymm"));
     EXPECT_EQ(made("# hf freq=noraman cphf=noread", "t"), ready("# hf cphf=noread force nosymm"));
-    EXPECT_EQ(made("# hf pop=nboread output=wfn", "t"), ready("# hf force nosymm"));
-    EXPECT_EQ(notices.size(), 2U);
+    EXPECT_EQ(made("# hf pop=nboread output=wfn nmr", "t"), ready("# hf force nosymm"));
+    EXPECT_EQ(notices.size(), 3U);
     EXPECT_EQ(made("# hf", "#"), "# hf force nosymm\n\n- #\n\n0 1\n" + hydrogen + "\n");
     EXPECT_EQ(made("# hf", " "), "# hf force nosymm\n\nno title\n\n0 1\n" + hydrogen + "\n");
     EXPECT_EQ(
@@ -273,10 +373,9 @@ TEST(make_ready, takes_a_molecule_that_was_in_no_input) {
         "a.log:5: 'hf/gen' needs a section after the molecule, found none; prepare the input of the job instead, or "
         "give a route that needs none with --route, and put keyword and section into the prepared input by "
         "hand|standard error|2");
-    EXPECT_EQ(
-        made("# hf/chkbasis", "t"),
-        "a.log:5: 'hf/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-        "input|standard error|2");
+    EXPECT_EQ(made("# hf/chkbasis", "t"),
+              "a.log:5: 'hf/chkbasis' reads a checkpoint file, which the jobs will not have; give a route without it "
+              "with --route|standard error|2");
     atoms.numbers = {1, 119};
     EXPECT_EQ(made("# hf", "t"), "symbol_of: expected an atomic number from 1 to 118, found 119|standard error|2");
     atoms.numbers = {1};

@@ -259,6 +259,8 @@ TEST(read_input, refuses_a_head_that_is_not_whole) {
          "m:5: expected charge and multiplicity, two integers, found '0 1 0'; the title, "
          "which begins on line 3, ends before it"},
         {"# hf opt=(ts\n\nt\n\n0 1\nO 0 0 0\n", "m:1: expected as many '(' as ')' in the route, found 'opt=(ts'"},
+        {"# opt,qst2 hf\n\nt\n\n0 1\nO 0 0 0\n",
+         "m:1: 'opt,qst2' has more than one molecule in the input; prepare the log of the optimisation"},
         {"# opt=qst2 hf\n\nt\n\n0 1\nO 0 0 0\n",
          "m:1: 'opt=qst2' has more than one molecule in the input; prepare the log of the optimisation"},
         {"# Optimize(QST3,CalcFC) hf\n\nt\n\n0 1\nO 0 0 0\n",

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "gaussian/ready_input.hpp"
 #include "gaussian/ready_route.hpp"
 #include "support.hpp"
 
@@ -52,6 +53,13 @@ TEST(route, is_taken_apart) {
         {"# opt=(ts)freq hf/6-31g(d)scf=tight", "#: opt[ts|ts] freq hf/6-31g[d|d] scf[tight|tight]"},
         {"# mp4(sdtq)/6-31g(d) ccsd(t)-f12", "#: mp4[sdtq|sdtq]/6-31g[d|d] ccsd[|(t)-f12]"},
         {"# scf=(a\tb) x", "#: scf[a|a][b|b] x"},
+        {"# opt=calcfc,tight,ts hf", "#: opt[calcfc|calcfc][tight|tight][ts|ts] hf"},
+        {"# Opt(ts), CalcFC NoEigenTest,MaxCycles=50 freq,raman",
+         "#: opt[ts|ts][calcfc|CalcFC][noeigentest|NoEigenTest][maxcycles|MaxCycles=50] freq[raman|raman]"},
+        {"# opt,scf=tight,tight", "#: opt scf[tight|tight] tight"},  // of no job type
+        {"# tight opt hf ts", "#: tight opt hf ts"},
+        {"# opt,ts/6-31g", "#: opt ts/6-31g"},  // no word by itself
+        {"# opt,maxdisk=1gb,test,temperature=300,symm", "#: opt maxdisk[1gb|1gb] test temperature[300|300] symm"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(parts_of(row.text), row.parts) << row.text;
@@ -99,6 +107,9 @@ TEST(route, becomes_ready) {
         {"# hf symm", "# hf force nosymm|'symm' left out: 'nosymm' takes its place"},
         {"# Optimize=(ts,calcfc) hf", "# hf force nosymm"},
         {"# fopt hf", "# hf force nosymm"},
+        {"# opt=calcfc,tight,TS hf", "# hf force nosymm|'tight,TS' taken for options of 'opt', and left out with it"},
+        {"# hf opt freq noraman scf=qc",
+         "# hf scf=qc force nosymm|'noraman' taken for options of 'freq', and left out with it"},
         {"# freq(noraman) hf", "# hf force nosymm"},
         {"# frequency hf", "# hf force nosymm"},
         {"# irc=(calcfc) ircmax hf", "# hf force nosymm"},
@@ -123,6 +134,7 @@ TEST(route, becomes_ready) {
         {"# ccsd=(t,full,ReadAmplitudes)/gen iop(1/2=3)",
          "# ccsd=(t,full)/gen iop(1/2=3) force nosymm|'ReadAmplitudes' of 'ccsd=(t,full,ReadAmplitudes)/gen' left out: "
          "the jobs have no checkpoint file to read from"},
+        {"# hf/6-31g(d)/auto td=(root=1)/b3lyp/6-31g", "# hf/6-31g(d)/auto td=(root=1)/b3lyp/6-31g force nosymm"},
         {"# nonstd 1/38=1/1; 2//2;",
          "r:1: 'nonstd' lists overlays, which cannot be kept; give the route of a method with --route|standard "
          "error|2"},
@@ -153,22 +165,22 @@ TEST(route, becomes_ready) {
          "will not have; give them in the frame of the input|standard error|2"},
         {"# hf guess=tcheck", "# hf guess=tcheck force nosymm"},
         {"# hf units=bohr", "# hf force nosymm|'units=bohr' left out: coordinates are written in angstrom"},
-        {"# hf pop=nbo nmr SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine",
-         "# hf pop=nbo nmr SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine force nosymm"},
+        {"# hf pop=nbo SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine",
+         "# hf pop=nbo SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine force nosymm"},
         {"# b3lyp/chkbasis",
-         "r:1: 'b3lyp/chkbasis' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-         "input|standard error|2"},
+         "r:1: 'b3lyp/chkbasis' reads a checkpoint file, which the jobs will not have; give a route without it "
+         "with --route|standard error|2"},
         {"# b3lyp chkbas",
-         "r:1: 'chkbas' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-         "input|standard error|2"},
+         "r:1: 'chkbas' reads a checkpoint file, which the jobs will not have; give a route without it "
+         "with --route|standard error|2"},
         {"# hf scf=restart",
-         "r:1: 'scf=restart' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-         "input|standard error|2"},
+         "r:1: 'scf=restart' reads a checkpoint file, which the jobs will not have; give a route without it "
+         "with --route|standard error|2"},
         {"# hf density=checkpoint",
-         "r:1: 'density=checkpoint' reads a checkpoint file, which the jobs will not have; put what it reads into the "
-         "input|standard error|2"},
+         "r:1: 'density=checkpoint' reads a checkpoint file, which the jobs will not have; give a route without it "
+         "with --route|standard error|2"},
         {"# hf geom=(check,readharmonic)",
-         "r:1: 'geom=(check,readharmonic)' adds a potential that stands in space and cannot be kept; take it "
+         "r:1: 'geom=(check,readharmonic)' adds a potential that is fixed in space and cannot be kept; take it "
          "out|standard error|2"},
         {"# g4",
          "r:1: 'g4' is a compound method, for which there are no forces; give the route of another method|standard "
@@ -197,6 +209,34 @@ TEST(route, has_no_other_job_type_when_it_is_ready) {
     }
 }
 
+TEST(route, has_slashes_between_method_and_basis_alone) {
+    for (const char* name : {"opt", "freq", "sp", "forces", "geom", "nmr", "output", "pop", "prop", "symmetry",
+                             "nosymm", "force", "guess", "units", "cphf", "charge"}) {
+        const std::string message =
+            std::string("r:1: expected a blank between '").append(name).append("' and other keywords, found '");
+        for (const std::string& text :
+             {std::string("hf/6-31g/").append(name).append("=(a,b)"), std::string(name).append("=(a/b,c)/hf/6-31g")}) {
+            EXPECT_EQ(ready("# " + text), message + text + "'|standard error|2");
+        }
+    }
+}
+
+TEST(route, has_no_bare_options_of_a_job_type_when_it_is_ready) {
+    for (const char* option :
+         {"ts",        "QST2",       "qst3",     "tight",     "verytight", "loose",     "expert",
+          "cartesian", "redundant",  "rfo",      "rcfc",      "readfc",    "raman",     "vcd",
+          "roa",       "numer",      "enonly",   "forward",   "reverse",   "lqa",       "hpc",
+          "calcfc",    "calcall",    "estmfc",   "newestmfc", "noeigen",   "eigentest", "modredundant",
+          "addred",    "z-matrix",   "zmatrix",  "gdiis",     "gediis",    "maxcyc=9",  "maxstep=5",
+          "maxp=20",   "stepsize=5", "recalc=3", "notrust",   "noraman",   "hpmodes",   "readisotopes",
+          "anharm",    "savenorm",   "intmodes", "hindered",  "readopt",   "readfreeze"}) {
+        EXPECT_EQ(ready(std::string("# irc ").append(option).append(" hf")).substr(0, 18), "# hf force nosymm|")
+            << option;
+        EXPECT_EQ(ready(std::string("# irc hf ").append(option)),
+                  std::string("# hf ").append(option).append(" force nosymm"));
+    }
+}
+
 TEST(route, that_is_ready_stays_as_it_is) {
     for (const char* text : {"#p B3LYP/6-31G(d) geom=(connectivity,nocrowd) SCF=(tight,xqc) force nosymm",
                              "# force NoSymmetry hf/gen pseudo=read", "#N SYMM=NONE FORCE HF/STO-3G"}) {
@@ -204,27 +244,43 @@ TEST(route, that_is_ready_stays_as_it_is) {
     }
 }
 
-TEST(route, of_a_source_without_sections_has_no_analysis_that_needs_one) {
+TEST(route, that_is_ready_has_no_analysis_that_needs_a_section_or_writes_a_shared_file) {
     const auto without = [](std::string_view text) {
         std::vector<gaussian::notice> notices;
-        std::string result = gaussian::text_of(gaussian::without_analysis(parse_route(text, "r:1"), 3, notices));
+        std::string result =
+            gaussian::text_of(gaussian::ready_route(parse_route(text, "r:1"), true, "r:1", 3, notices));
+        EXPECT_TRUE(result.ends_with(" force nosymm")) << result;
+        result.resize(result.size() - std::string_view(" force nosymm").size());
         for (const gaussian::notice& told : notices) {
-            result.append("|").append(std::to_string(told.line)).append(told.text.substr(0, told.text.find(" left")));
+            result.append("|").append(std::to_string(told.line)).append(told.text);
         }
         return result;
     };
-    EXPECT_EQ(without("# hf pop=nboread"), "# hf|3'nboread' of 'pop=nboread'");
+    const std::string no_force = " left out: forces do not depend on it";
+    const std::string same_file = " left out: all jobs would write the same file";
+    EXPECT_EQ(without("# hf pop=nboread"), "# hf|3'nboread' of 'pop=nboread'" + no_force);
+    EXPECT_EQ(without("# hf pop=(nbodel,full)"), "# hf pop=full|3'nbodel' of 'pop=(nbodel,full)'" + no_force);
     EXPECT_EQ(without("# hf Population(Full,NBO7Read,ReadRadii)"),
-              "# hf Population=Full|3'NBO7Read' of 'Population(Full,NBO7Read,ReadRadii)'|3'ReadRadii' of "
-              "'Population(Full,NBO7Read,ReadRadii)'");
-    EXPECT_EQ(without("# hf cphf=(rdfreq,noread)"), "# hf cphf=noread|3'rdfreq' of 'cphf=(rdfreq,noread)'");
-    EXPECT_EQ(without("# output=wfx hf"), "# hf|3'wfx' of 'output=wfx'");
-    EXPECT_EQ(without("# hf output(wfn,pickett)"), "# hf output=pickett|3'wfn' of 'output(wfn,pickett)'");
-    EXPECT_EQ(without("# hf prop=(efg,read) nmr=readatoms"),
-              "# hf prop=efg|3'read' of 'prop=(efg,read)'|3'readatoms' of "
-              "'nmr=readatoms'");
-    for (const char* text : {"# hf/gen pop=(nbo,full) nmr output=pickett", "# hf scrf=(read) pop guess=read"}) {
-        EXPECT_EQ(without(text), text);  // what changes the forces stays
+              "# hf Population=Full|3'NBO7Read' of 'Population(Full,NBO7Read,ReadRadii)'" + no_force +
+                  "|3'ReadRadii' of 'Population(Full,NBO7Read,ReadRadii)'" + no_force);
+    EXPECT_EQ(without("# hf cphf=(rdfreq,noread)"), "# hf cphf=noread|3'rdfreq' of 'cphf=(rdfreq,noread)'" + no_force);
+    EXPECT_EQ(without("# hf CPHF(ReadFreq)"), "# hf|3'ReadFreq' of 'CPHF(ReadFreq)'" + no_force);
+    EXPECT_EQ(without("# hf prop=(efg,read)"), "# hf prop=efg|3'read' of 'prop=(efg,read)'" + no_force);
+    EXPECT_EQ(without("# hf properties=opt"), "# hf|3'opt' of 'properties=opt'" + no_force);
+    for (const char* keyword : {"NMR", "nmr=giao", "nmr=(spinspin,readatoms)", "output=pickett", "Output"}) {
+        EXPECT_EQ(without(std::string("# ").append(keyword).append(" hf")),
+                  std::string("# hf|3'").append(keyword).append("'").append(no_force));
+    }
+    for (const char* keyword :
+         {"output=wfx", "output(wfn,pickett)", "Output=PSI", "output=RawMatrixElement", "output=(matrix)",
+          "Punch=(MO,derivatives)", "cube=density", "FormCheck", "formchk=all"}) {
+        EXPECT_EQ(without(std::string("# ").append(keyword).append(" hf")),
+                  std::string("# hf|3'").append(keyword).append("'").append(same_file));
+    }
+    for (const char* text :
+         {"# hf/gen pop=(nbo,full) prop=efg", "# hf scrf=(read) pop", "# td=(nstates=3,root=2) cphf=conver=9 density",
+          "# hf gfinput iop(6/7=3) pseudo=read", "# output98 nmrx"}) {
+        EXPECT_EQ(without(text), text);
     }
 }
 
@@ -237,11 +293,20 @@ TEST(route, tells_whether_it_goes_on_with_a_job) {
     }
 }
 
-TEST(route, tells_what_stands_in_space) {
-    for (const char* text : {"# hf Field=X+10", "# hf charge", "# hf massage", "# hf charge=angstroms"}) {
-        EXPECT_EQ(gaussian::stands_in_space(parse_route(text, "r:1")), std::string_view(text).substr(5));
+TEST(route, tells_what_may_end_at_no_stationary_point) {
+    for (const char* text : {"# hf opt=(calcfc,ModRedundant)", "# hf opt=readopt", "# hf geom=addgic",
+                             "# hf freq=modred", "# hf OPT=rdfreeze", "# hf Scan", "# hf ircmax", "# hf IRC=calcfc",
+                             "# hf bomd", "# hf ADMP", "# hf trajectories"}) {
+        EXPECT_EQ(gaussian::may_end_elsewhere(parse_route(text, "r:1")), std::string_view(text).substr(5));
     }
-    EXPECT_EQ(gaussian::stands_in_space(parse_route("# hf scf=(tight) pop=full", "r:1")), "");
+    EXPECT_EQ(gaussian::may_end_elsewhere(parse_route("# hf/gen opt=(calcfc,readfc) geom=connectivity", "r:1")), "");
+}
+
+TEST(route, tells_what_fixed_in_space) {
+    for (const char* text : {"# hf Field=X+10", "# hf charge", "# hf massage", "# hf charge=angstroms"}) {
+        EXPECT_EQ(gaussian::fixed_in_space(parse_route(text, "r:1")), std::string_view(text).substr(5));
+    }
+    EXPECT_EQ(gaussian::fixed_in_space(parse_route("# hf scf=(tight) pop=full", "r:1")), "");
 }
 
 }  // namespace
