@@ -34,13 +34,13 @@ void keep_nearer(Eigen::Matrix3d& best, const Eigen::Matrix3d& other) {
 /// Of the 24 rotations that bring three directions onto axes of either sign, the least.
 ///   frame  in  the directions in its columns, orthonormal
 Eigen::Matrix3d nearest_rotation(const Eigen::Matrix3d& frame) {
-    static constexpr int orders[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
+    static constexpr int pairs[6][2] = {{0, 1}, {0, 2}, {1, 0}, {1, 2}, {2, 0}, {2, 1}};
     Eigen::Matrix3d best = -Eigen::Matrix3d::Identity();  // farther than any rotation
-    for (const auto& order : orders) {
+    for (const auto& [first, second] : pairs) {
         for (unsigned signs = 0; signs < 4; ++signs) {
             Eigen::Matrix3d rotation;
-            rotation.row(0) = frame.col(order[0]).transpose() * ((signs & 1U) != 0 ? -1.0 : 1.0);
-            rotation.row(1) = frame.col(order[1]).transpose() * ((signs & 2U) != 0 ? -1.0 : 1.0);
+            rotation.row(0) = frame.col(first).transpose() * ((signs & 1U) != 0 ? -1.0 : 1.0);
+            rotation.row(1) = frame.col(second).transpose() * ((signs & 2U) != 0 ? -1.0 : 1.0);
             rotation.row(2) = rotation.row(0).cross(rotation.row(1));
             keep_nearer(best, rotation);
         }

@@ -143,6 +143,11 @@ routine prepared(const std::string& name, int size) {
              return [m] { m->settle_points(); };
          }},
         {"point_group", [&]() -> routine { return [m = std::make_shared<molecule>(size)] { m->find_group(); }; }},
+        {"copy",  // block by block: into a device the kernel does not copy
+         [&]() -> routine {
+             make_input(size);
+             return [] { file::copy(made, "/dev/null"); };
+         }},
         {"num_file_lines",
          [&]() -> routine {
              make_input(size);
