@@ -36,7 +36,9 @@ TOP = pathlib.Path(__file__).resolve().parent.parent
 PLACE = TOP / "build" / "mutate"
 SCRATCH = PLACE / "scratch"
 EXPLAINED = TOP / "tests" / "mutants.txt"
-OTHER_TESTS = "documented_errors|work_limits"  # the tests without a program of their own that look at the code
+# The tests without a program of their own that look at the code, and what they start.
+OTHER_TESTS = "documented_errors|work_limits|preparer_(cases|faults|messages|work)|assembler_(messages|faults|work)"
+STARTED = ["displacement_generator", "displacement_preparer", "displacement_assembler", "work_routines"]
 
 # What is looked for in a line, and what it becomes. Operators stand between blanks, so templates and pointers are left alone.
 RULES = [
@@ -163,7 +165,7 @@ class workshop:
                 print(f"script/mutate: {program} fails before anything is changed; its output is in {self.said}", file=sys.stderr)
                 return False
             self.seconds[program] = time.monotonic() - start
-        if not self.builds("work_routines") or self.other_tests_fail():
+        if not self.builds("all") or self.other_tests_fail():
             print(f"script/mutate: {OTHER_TESTS} fails before anything is changed; see {self.said}", file=sys.stderr)
             return False
         return True
@@ -212,7 +214,7 @@ class workshop:
                 return None
             if seen := (program in own and self.fails(program, f"*{path.stem}*")) or self.fails(program):
                 return seen
-        return self.other_tests_fail() if self.builds("work_routines") else None
+        return self.other_tests_fail() if self.builds(*STARTED) else None
 
     def try_out(self, path, number, changed):
         place = self.tree / path.relative_to(TOP)
@@ -257,6 +259,9 @@ class tally:
                 print(f"{'survives' if reason else 'survived'} {name}:{number + 1}\n  - {line}\n  + {changed}", flush=True)
                 if reason:
                     print(f"    {reason}", flush=True)
+            counted = self.noticed + self.survived + self.explained
+            if result is not None and counted % 10 == 0:
+                print(f"{self.noticed} of {counted} noticed so far", file=sys.stderr)
 
 
 def work(shop, mutants, result):

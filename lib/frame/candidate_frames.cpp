@@ -39,8 +39,8 @@ Eigen::Matrix3d nearest_rotation(const Eigen::Matrix3d& frame) {
     for (const auto& [first, second] : pairs) {
         for (unsigned signs = 0; signs < 4; ++signs) {
             Eigen::Matrix3d rotation;
-            rotation.row(0) = frame.col(first).transpose() * ((signs & 1U) != 0 ? -1.0 : 1.0);
-            rotation.row(1) = frame.col(second).transpose() * ((signs & 2U) != 0 ? -1.0 : 1.0);
+            rotation.row(0) = ((signs & 1U) != 0 ? -1.0 : 1.0) * frame.col(first).transpose();
+            rotation.row(1) = ((signs & 2U) != 0 ? -1.0 : 1.0) * frame.col(second).transpose();
             rotation.row(2) = rotation.row(0).cross(rotation.row(1));
             keep_nearer(best, rotation);
         }
@@ -52,7 +52,7 @@ Eigen::Matrix3d nearest_rotation(const Eigen::Matrix3d& frame) {
 Eigen::Matrix3d nearest_rotation(const Eigen::Vector3d& direction) {
     Eigen::Matrix3d best = -Eigen::Matrix3d::Identity();
     for (int c = 2; c >= 0; --c) {
-        const Eigen::Vector3d axis = Eigen::Vector3d::Unit(c) * (direction(c) < 0.0 ? -1.0 : 1.0);
+        const Eigen::Vector3d axis = (direction(c) < 0.0 ? -1.0 : 1.0) * Eigen::Vector3d::Unit(c);
         keep_nearer(best, Eigen::Quaterniond::FromTwoVectors(direction, axis).toRotationMatrix());
     }
     return best;
@@ -164,7 +164,7 @@ class frame_list {
         frame << directions[i].direction, directions[j].direction, third;
         unsigned set = operations_along(directions[i], 0) | operations_along(directions[j], 1);
         if (k < directions.size()) {
-            frame.col(2) = directions[k].direction * (directions[k].direction.dot(third) < 0.0 ? -1.0 : 1.0);
+            frame.col(2) = (directions[k].direction.dot(third) < 0.0 ? -1.0 : 1.0) * directions[k].direction;
             set |= operations_along(directions[k], 2);
         }
         frame = orthonormalised(frame);
