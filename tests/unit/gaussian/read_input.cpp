@@ -289,8 +289,10 @@ TEST(read_input, tells_what_it_dropped_and_where) {
     std::vector<gaussian::notice> notices;
     read("# hf\n\nt\n\n0 1 0 1\nO1 0 0 0 0\nH2-HW 1 0.0 0.0 1.0\n", notices);
     notices.clear();
-    read("# hf\n\nt\n\n0 1 0 1\nO1 -1 0 0 0\nH2-HW(Fragment=1) 0.0 0.0 1.0\nH3 -1 0. 1. 0.\n\n--link1--\n# x\n",
-         notices);
+    read(
+        "# hf\n\nt\n\n0 1 0 1\nO1 -1 0 0 0\nH2-HW(Fragment=1) 0.0 0.0 1.0\nH3 -1 0. 1. 0.\nO4 0 0. 2. 0.\n\n"
+        "--link1--\n# x\n",
+        notices);
     std::string told;
     for (const gaussian::notice& one : notices) {
         told += std::to_string(one.line) + " " + one.text + "\n";
@@ -298,7 +300,7 @@ TEST(read_input, tells_what_it_dropped_and_where) {
     EXPECT_EQ(told,
               "1 job 1 of 2 is the first one that holds a molecule; the others are dropped\n"
               "5 the first charge and multiplicity were taken, those of fragments dropped\n"
-              "6 label of an atom dropped, here and in 2 more lines\n"
+              "6 label of an atom dropped, here and in 3 more lines\n"
               "7 molecular-mechanics type of an atom dropped\n"
               "7 fragment of an atom dropped\n"
               "6 freeze code of an atom dropped, here and in 1 more lines\n");
