@@ -295,6 +295,23 @@ TEST(frequencies, forces_of_no_potential_are_told_of) {
     }
 }
 
+TEST(frequencies, forces_of_no_potential_are_refused_for_negative_steps_too) {
+    const support::scratch_folder folder;
+    generate("water", "dx = -0.005");
+    const model molecule = make_model(read_geometry_file("PES-0/coord-0-00.com"));
+    write_logs(molecule);
+    EXPECT_EQ(assemble({}).standard_error, "");
+    support::twin_job job = job_of(molecule, "coord-2+dy");
+    job.points[0].forces(2, 0) += 0.001;
+    write_log("coord-2+dy", job);
+    const support::outcome done = assemble({});
+    EXPECT_EQ(done.status, 1);
+    EXPECT_TRUE(done.standard_error.starts_with(
+        "displacement_assembler: error: PES-0/files.out: expected the forces of one potential, found a Hessian with an "
+        "asymmetry of 0.05"))
+        << done.standard_error;
+}
+
 TEST(frequencies, the_dipole_moment_of_the_reference_is_not_needed) {
     const support::scratch_folder folder;
     generate("water");
@@ -377,6 +394,21 @@ TEST(frequencies, one_atom_has_no_modes) {
     EXPECT_EQ(done.status, 0) << done.standard_error;
     EXPECT_EQ(rows_of(done.standard_output).size(), 0U);
     EXPECT_NE(done.standard_output.find("# one-atom molecule, masses: most abundant isotopes\n"), std::string::npos);
+    EXPECT_EQ(support::read_file("h").find("Route"), std::string::npos);  // nobody knows what computed these forces
+}
+
+TEST(frequencies, the_hessian_names_the_route_of_the_results) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    for (const std::string& name : names()) {
+        support::twin_job job = job_of(molecule, name);
+        job.route = "#p mp2/cc-pvdz force nosymm";
+        write_log(name, job);
+    }
+    ASSERT_EQ(assemble({"--hessian", "h"}).status, 0);
+    gaussian::source from("h");
+    EXPECT_EQ(gaussian::read_checkpoint(from).route, "#p mp2/cc-pvdz force nosymm");
 }
 
 TEST(frequencies, the_hessian_is_written_as_other_programs_read_it) {

@@ -46,7 +46,7 @@ constexpr double asymmetry_of_one_potential = 1e-3;
 /// any anharmonicity, or, of `.forces` files, one of gradients or of another unit.
 ///   place     in  what the message begins with
 ///   made      in
-///   step      in  bohr, from 0 on
+///   step      in  bohr, the longest, above 0
 ///   is_plain  in  whether the results are `.forces` files, of which nothing else tells sign and unit
 void check_hessian(const std::string& place, const vibration::hessian_result& made, double step, bool is_plain);
 

@@ -32,7 +32,7 @@ std::string number(double value) {
 }  // namespace
 
 void check_hessian(const std::string& place, const vibration::hessian_result& made, double step, bool is_plain) {
-    if (step > 0.0 && made.largest_asymmetry > noise_of_forces / step + higher_derivatives * step * step) {
+    if (made.largest_asymmetry > noise_of_forces / step + higher_derivatives * step * step) {
         refuse(place, "expected the forces of one potential, found a Hessian with an asymmetry of " +
                           number(made.largest_asymmetry) + " hartree/bohr^2 between " + coordinate_name(made.row) +
                           " and " + coordinate_name(made.column) +

@@ -94,7 +94,7 @@ std::string hessian_text(const displacement_list& list, const geometry_set& geom
     gaussian::checkpoint contents;
     contents.title = "Hessian from forces, by displacement_assembler";
     contents.job = "Freq";
-    contents.route = geometries.reference.route;
+    contents.route = found.route;
     contents.charge = geometries.reference.charge;
     contents.multiplicity = geometries.reference.multiplicity;
     contents.numbers = list.numbers;
@@ -170,7 +170,8 @@ void run(const options& asked) {
 
     const analysis made = analysis_of(masses, list, geometries, found);
     const double unit_in_bohr = geometries.unit_in_angstrom / gaussian::bohr_in_angstrom;
-    check_hessian(base::shown(list_path, list_path.size()), made.hessian, list.dx * unit_in_bohr, found.described == 0);
+    const double longest_step = geometries.steps.cwiseAbs().maxCoeff() * unit_in_bohr;
+    check_hessian(base::shown(list_path, list_path.size()), made.hessian, longest_step, found.described == 0);
     new_files files;
     if (!asked.molden.empty()) {
         files.write(asked.molden, molden_text(list, made));

@@ -43,8 +43,10 @@ frame::frame_result framed(const options& asked, source_molecule& found) {
         std::string text = gaussian::quoted(found.ready.fixed_in_space);
         text +=
             " is fixed in space: the molecule is neither moved nor turned. Set symm = F in the generator's control "
-            "file; "
-            "std_orient = F is enough if what is fixed in space has the molecule's symmetry";
+            "file";
+        if (frame::keep_frame(atoms.numbers, atoms.positions, frame::least_tolerance).exact) {
+            text += "; std_orient = F is enough if what is fixed in space has the molecule's symmetry";
+        }
         found.notices.push_back({0, std::move(text)});
         return untouched(atoms);
     }
