@@ -18,6 +18,7 @@ ROUTINES = [
     ("search_symm_xyz", 504, 4, 516_000),
     ("search_symm_xyz", 2000, 2, 1_960_000),
     ("point_group", 2000, 1, 9_700_000),
+    ("copy", 10000, 4, 1_130),
     ("num_file_lines", 10000, 4, 390_000),
     ("num_file_lines_word", 10000, 2, 1_230_000),
     ("read_lines", 10000, 2, 2_400_000),
