@@ -152,6 +152,10 @@ TEST(route, becomes_ready) {
         {"# hf guess(mix,read)",
          "# hf guess=mix force nosymm|'read' of 'guess(mix,read)' left out: the jobs have no checkpoint file to read a "
          "guess from"},
+        {"# hf guess=(mix/fix,read)",  // outside the brackets the slash would begin another keyword
+         "# hf guess=(mix/fix) force nosymm|'read' of 'guess=(mix/fix,read)' left out: the jobs have no checkpoint "
+         "file "
+         "to read a guess from"},
         {"# hf guess=only", "# hf force nosymm|'only' of 'guess=only' left out: the jobs must go on after the guess"},
         {"# hf guess=mix", "# hf guess=mix force nosymm"},
         {"#T hf", "# hf force nosymm"},
