@@ -48,9 +48,10 @@ class water_folder {
         }
     }
 
-    void write_logs(const change& changed) const {
+    void write_logs(const change& changed, const char* route = nullptr) const {
         for (const std::string& name : names()) {
             support::twin_job job = job_of(molecule, name);
+            job.route = route == nullptr ? job.route : route;
             job.archive = false;  // which shows no more than seven decimals of an energy
             changed(name, job.points[0]);
             write_log(name, job);
@@ -122,7 +123,58 @@ TEST(energies, a_single_stale_result_is_refused) {
     EXPECT_TRUE(done.standard_error.starts_with("PES-0/coord-1-dy.forces: expected an energy of -76.0000"))
         << done.standard_error;
     EXPECT_TRUE(done.standard_error.ends_with(
-        std::string("; energy or forces are of another geometry or state, compute it again\n") + end_of_refusals))
+        std::string("; energy or forces are of another geometry or state, compute it again, and write all digits of "
+                    "the energy\n") +
+        end_of_refusals))
+        << done.standard_error;
+}
+
+TEST(energies, those_of_another_level_refuse_no_log) {
+    const water_folder water;
+    for (const char* route : {"#p td(nstates=3)/b3lyp/6-31g* force nosymm", "#p rcis/6-31g* force nosymm",
+                              "#p oniom(b3lyp/6-31g*:uff) force nosymm", "#p ub2plypd3/cc-pvdz force nosymm"}) {
+        SCOPED_TRACE(route);
+        // The field's energy differs along one bond only.
+        water.write_logs(
+            [](const std::string& name, support::twin_point& point) {
+                if (name == "coord-2+dy" || name == "coord-2-dy") {
+                    *point.energy += name == "coord-2+dy" ? 2e-4 : -2e-4;
+                }
+            },
+            route);
+        const support::outcome done = assemble();
+        EXPECT_EQ(done.status, 0);
+        EXPECT_NE(done.standard_error.find("notice: some energies do not follow from the forces"), std::string::npos)
+            << done.standard_error;
+    }
+}
+
+TEST(energies, forces_of_another_step_are_refused) {
+    for (const char* settings : {long_steps, short_steps}) {
+        const water_folder water(settings);
+        for (const double factor : {0.9, 1.2}) {
+            SCOPED_TRACE(settings + std::string(" ") + std::to_string(factor));
+            water.write_forces([&](const std::string& /*unused*/, support::twin_point& point) {
+                point.forces *= factor;  // as of a harmonic potential at other steps
+            });
+            const support::outcome done = assemble();
+            EXPECT_EQ(done.status, 1);
+            EXPECT_TRUE(done.standard_error.starts_with(
+                "PES-0/files.out: expected energies that follow from the forces, found those of forces " +
+                std::string(factor < 1.0 ? "1.11" : "0.833")))
+                << done.standard_error;
+        }
+    }
+}
+
+TEST(energies, files_without_any_are_told_of) {
+    const water_folder water;
+    water.write_forces([](const std::string& /*unused*/, support::twin_point& point) { point.energy.reset(); });
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.status, 0);
+    EXPECT_TRUE(
+        done.standard_error.starts_with("PES-0/files.out: notice: the .forces files hold no energies: nothing "
+                                        "shows whether they are of these geometries\n"))
         << done.standard_error;
 }
 
@@ -136,7 +188,7 @@ TEST(energies, a_reference_of_another_calculation_is_refused) {
     EXPECT_EQ(assemble().standard_error,
               std::string("PES-0/coord-0-00.forces: expected an energy of -76.0000000 hartree by its forces and those "
                           "of the reference, found -76.5000000; energy or forces are of another geometry or state, "
-                          "compute it again\n") +
+                          "compute it again, and write all digits of the energy\n") +
                   end_of_refusals);
 }
 

@@ -19,6 +19,7 @@ Eigen::VectorXd atom_masses(const options& asked, const std::vector<int>& number
 struct analysis {
     Eigen::VectorXd masses;
     Eigen::Matrix3Xd positions;  ///< of the reference, bohr
+    double longest_step = 0.0;   ///< bohr, without its sign
     double largest_force = 0.0;  ///< component at the reference, hartree/bohr
     vibration::hessian_result hessian;
     Eigen::Matrix3Xd dipole_derivatives;  ///< without columns where there are no dipole moments
@@ -38,17 +39,17 @@ analysis vibrations_of(const Eigen::VectorXd& masses, const displacement_list& l
 /// of Gaussian ends.
 constexpr double force_of_stationary_point = 0.00045;
 
-/// Forces of one potential give a Hessian (hartree/bohr^2) that is far less asymmetric than this: some 1e-5 with the
-/// usual steps, and below 1e-2 with a step of 0.1 angstrom.
-constexpr double asymmetry_of_one_potential = 1e-3;
+/// Result: how asymmetric (hartree/bohr^2) forces of one potential may make a Hessian where they are very noisy and the
+/// potential is as anharmonic as any. A tenth of it is worth a word.
+///   step  in  bohr, the longest, above 0
+double largest_asymmetry(double step);
 
 /// Stops the run with status 1 at a Hessian that no molecule has: one far too asymmetric for any noise of forces and
 /// any anharmonicity, or, of `.forces` files, one of gradients or of another unit.
 ///   place     in  what the message begins with
 ///   made      in
-///   step      in  bohr, the longest, above 0
 ///   is_plain  in  whether the results are `.forces` files, of which nothing else tells sign and unit
-void check_hessian(const std::string& place, const vibration::hessian_result& made, double step, bool is_plain);
+void check_hessian(const std::string& place, const analysis& made, bool is_plain);
 
 /// The table: comment lines that begin with '#', then a row a mode.
 ///   columns  1-5 number  7-10 species  11-22 frequency (cm-1)  23-33 reduced mass (amu)

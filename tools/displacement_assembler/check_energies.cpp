@@ -45,12 +45,14 @@ energy_messages check_energies(const std::vector<energy_point>& points, double s
     std::size_t worst = points.size();
     for (const std::size_t i : verdict.off) {
         const energy_point& one = points[i];
-        if (verdict.most_agree && (is_plain(one) || std::abs(distance(i)) > of_another_state)) {
+        if (verdict.most_agree &&
+            (is_plain(one) || (!one.is_of_other_level && std::abs(distance(i)) > of_another_state))) {
             told.refused.push_back(one.file);
             told.refusals.push_back(
                 shown_name(one) + ": expected an energy of " + number("%.7f", verdict.reference + one.by_forces) +
                 " hartree by its forces and those of the reference, found " + number("%.7f", one.energy) +
-                "; energy or forces are of another geometry or state, compute it again");
+                "; energy or forces are of another geometry or state, compute it again" +
+                (is_plain(one) ? ", and write all digits of the energy" : ""));
         } else if (worst == points.size() || std::abs(distance(i)) > std::abs(distance(worst))) {
             worst = i;
         }

@@ -31,23 +31,26 @@ std::string number(double value) {
 
 }  // namespace
 
-void check_hessian(const std::string& place, const vibration::hessian_result& made, double step, bool is_plain) {
-    if (made.largest_asymmetry > noise_of_forces / step + higher_derivatives * step * step) {
+double largest_asymmetry(double step) { return noise_of_forces / step + higher_derivatives * step * step; }
+
+void check_hessian(const std::string& place, const analysis& made, bool is_plain) {
+    const vibration::hessian_result& found = made.hessian;
+    if (found.largest_asymmetry > largest_asymmetry(made.longest_step)) {
         refuse(place, "expected the forces of one potential, found a Hessian with an asymmetry of " +
-                          number(made.largest_asymmetry) + " hartree/bohr^2 between " + coordinate_name(made.row) +
-                          " and " + coordinate_name(made.column) +
+                          number(found.largest_asymmetry) + " hartree/bohr^2 between " + coordinate_name(found.row) +
+                          " and " + coordinate_name(found.column) +
                           "; results of these points, or of those from which they follow, are of another geometry, "
-                          "frame or unit");
+                          "frame or unit, or no exact gradients");
     }
     if (!is_plain) {
         return;
     }
     Eigen::Index c = 0;
-    if (const double largest = made.hessian.diagonal().maxCoeff(&c); largest > stiffest) {
+    if (const double largest = found.hessian.diagonal().maxCoeff(&c); largest > stiffest) {
         refuse(place, "expected forces in hartree/bohr, found a Hessian with " + number(largest) +
                           " hartree/bohr^2 for " + coordinate_name(c) + "; the .forces files are of another unit");
     }
-    if (const double sum = made.hessian.trace(); sum < least_sum) {
+    if (const double sum = found.hessian.trace(); sum < least_sum) {
         refuse(place, "expected forces, found a Hessian whose diagonal has the sum " + number(sum) +
                           " hartree/bohr^2; the .forces files hold gradients, which have the other sign");
     }

@@ -15,6 +15,8 @@ struct energy_point {
     /// Energy above that of the reference by the trapezoidal rule (hartree): minus the step times the mean of the
     /// forces along it, here and at the reference. 0 for the reference.
     double by_forces;
+    /// Whether the energy may be of another level than the forces, as logs of excited states print it.
+    bool is_of_other_level = false;
 };
 
 /// Whether energies are those of the forces.

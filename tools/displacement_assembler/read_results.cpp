@@ -8,6 +8,7 @@
 #include "base/error.hpp"
 #include "energies.hpp"
 #include "gaussian/constants.hpp"
+#include "gaussian/fields.hpp"
 #include "in_parallel.hpp"
 #include "progress.hpp"
 #include "result.hpp"
@@ -29,6 +30,25 @@ struct summary {
     std::string method_place;
     std::optional<double> energy;
 };
+
+/// Whether a route asks for forces of another level than that of the energy that a log prints as that of its field: of
+/// an excited state, of several layers, or of a double hybrid.
+bool names_other_level(std::string_view route) {
+    constexpr std::string_view between = " ,/=()";
+    while (!route.empty()) {
+        const std::size_t size = std::min(route.find_first_of(between), route.size());
+        std::string_view word = route.substr(0, size);
+        word.remove_prefix(word.starts_with("ro") ? 2 : word.starts_with('r') || word.starts_with('u') ? 1 : 0);
+        if (gaussian::is_one_of(
+                word, {"td", "tda", "cis", "eomccsd", "eom", "sac-ci", "zindo", "casscf", "cas", "gvb", "external"}) ||
+            word.starts_with("oniom") || word.starts_with("b2plyp") || word.starts_with("mpw2plyp") ||
+            word.starts_with("dsdpbep86") || word.starts_with("pbe0dh") || word.starts_with("pbeqidh")) {
+            return true;
+        }
+        route.remove_prefix(std::min(size + 1, route.size()));
+    }
+    return false;
+}
 
 /// The text that most results have in some member; of several, the one that comes first in the list. Empty where no
 /// result has one.
@@ -172,13 +192,19 @@ void gathering::check_energies(std::vector<std::string>& refusals) {
         if (!one.energy || !one.refusal.empty()) {
             continue;
         }
-        points.push_back({one.file, i, *one.energy, 0.0});
+        points.push_back({one.file, i, *one.energy, 0.0, names_other_level(one.route)});
         if (const Eigen::Index point = list_.files[i].point; point >= 0) {
             const double step = geometries_.steps(point) * unit_in_bohr;
             const double force = found_.reference.forces.reshaped()(point / 2) + found_.forces(point / 2, point);
             points.back().by_forces = -0.5 * step * force;
             longest = std::max(longest, std::abs(step));
         }
+    }
+    const auto is_plain = [](const summary& one) { return one.route.empty() && one.method.empty(); };
+    if (points.empty() && std::all_of(summaries_.begin(), summaries_.end(), is_plain)) {
+        found_.notices.emplace_back(
+            "the .forces files hold no energies: nothing shows whether they are of these geometries");
+        return;
     }
     energy_messages told = assembler::check_energies(points, longest);
     for (std::size_t k = 0; k < told.refused.size(); ++k) {

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <array>
+#include <cstdio>
 #include <string_view>
 #include <vector>
 
@@ -9,7 +11,6 @@
 #include "base/error.hpp"
 #include "companion/program.hpp"
 #include "gaussian/checkpoint.hpp"
-#include "gaussian/constants.hpp"
 #include "new_files.hpp"
 #include "progress.hpp"
 
@@ -75,10 +76,13 @@ std::string notices(const std::string& list_path, const geometry_set& geometries
         add("the largest force at the reference is more than 0.00045 hartree/bohr: this is not a stationary point, and "
             "harmonic frequencies mean little there");
     }
-    if (made.hessian.largest_asymmetry > asymmetry_of_one_potential) {
-        add("the largest asymmetry of the Hessian is more than 0.001 hartree/bohr^2, between " +
+    if (made.hessian.largest_asymmetry > 0.1 * largest_asymmetry(made.longest_step)) {
+        std::array<char, 32> asymmetry{};
+        static_cast<void>(std::snprintf(asymmetry.data(), asymmetry.size(), "%.4f", made.hessian.largest_asymmetry));
+        add("the Hessian has an asymmetry of " + std::string(asymmetry.data()) + " hartree/bohr^2 between " +
             coordinate_name(made.hessian.row) + " and " + coordinate_name(made.hessian.column) +
-            ": forces of these points, or of those from which they follow, do not belong to one potential");
+            ": forces of these points, or of those from which they follow, do not belong to one potential, or the step "
+            "is too large, or too small for the noise of the forces");
     }
     if (!found.without_dipole.empty()) {
         add("no intensities: " + base::shown(found.without_dipole, 200) + " has no dipole moment");
@@ -169,9 +173,7 @@ void run(const options& asked) {
                    list.files.size() - static_cast<std::size_t>(found.missing));
 
     const analysis made = analysis_of(masses, list, geometries, found);
-    const double unit_in_bohr = geometries.unit_in_angstrom / gaussian::bohr_in_angstrom;
-    const double longest_step = geometries.steps.cwiseAbs().maxCoeff() * unit_in_bohr;
-    check_hessian(base::shown(list_path, list_path.size()), made.hessian, longest_step, found.described == 0);
+    check_hessian(base::shown(list_path, list_path.size()), made, found.described == 0);
     new_files files;
     if (!asked.molden.empty()) {
         files.write(asked.molden, molden_text(list, made));

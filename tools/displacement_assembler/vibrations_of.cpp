@@ -11,6 +11,7 @@ analysis vibrations_of(const Eigen::VectorXd& masses, const displacement_list& l
     made.positions = geometries.reference.positions * unit_in_bohr;
     made.largest_force = found.reference.forces.cwiseAbs().maxCoeff();
     Eigen::VectorXd steps = geometries.steps * unit_in_bohr;
+    made.longest_step = steps.cwiseAbs().maxCoeff();
     if (found.dipoles.cols() != 0) {
         vibration::rebuild_dipoles(list.relations, found.dipoles);
     }
