@@ -19,7 +19,7 @@ namespace {
 std::string limit(double value) {
     std::array<char, 32> text{};
     char* const end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed).ptr;
-    return std::string(text.data(), end);
+    return {text.data(), end};
 }
 
 std::string number(double value) {
