@@ -44,9 +44,11 @@ struct dropped {
     }
     void tell(std::vector<notice>& notices) const {
         if (count > 0) {
-            notices.push_back({line, std::string(what) + (count == 1 ? " dropped"
-                                                                     : " dropped, here and in " +
-                                                                           std::to_string(count - 1) + " more lines")});
+            std::string text = std::string(what) + " dropped";
+            if (count > 1) {
+                text += ", here and in " + std::to_string(count - 1) + (count == 2 ? " more line" : " more lines");
+            }
+            notices.push_back({line, std::move(text)});
         }
     }
 };
@@ -379,9 +381,10 @@ void read_molecule(cursor& here, const input_units& units, input& job, std::vect
     }
     keep_atoms(in, lines);
     if (!job.dummies.empty()) {
-        notices.push_back(
-            {lines[static_cast<std::size_t>(job.dummies.front()) - 1].line,
-             std::to_string(job.dummies.size()) + " dummy atom(s) served the construction and are left out"});
+        notices.push_back({lines[static_cast<std::size_t>(job.dummies.front()) - 1].line,
+                           job.dummies.size() == 1 ? "1 dummy atom served the construction and is left out"
+                                                   : std::to_string(job.dummies.size()) +
+                                                         " dummy atoms served the construction and are left out"});
     }
     for (const dropped* kind :
          {&in.names, &in.types, &in.fragments, &in.residues, &in.moments, &in.frozen, &in.extras}) {

@@ -286,6 +286,6 @@ TEST(energies, a_number_that_stands_for_all_is_told_of) {
     const support::outcome done = assemble();
     EXPECT_EQ(done.status, 0);
     EXPECT_TRUE(done.standard_error.starts_with(
-        "PES-0/files.out: notice: all energies are the same: they could not be held against the forces\n"))
+        "PES-0/files.out: notice: all energies are the same: they could not be compared with the forces\n"))
         << done.standard_error;
 }

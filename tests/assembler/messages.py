@@ -11,8 +11,8 @@ import sys
 
 TOLD_TOGETHER = {"read_list.cpp", "read_geometry.cpp"}
 # Literals that are no messages: the table, files, help, and what the document tells in other words.
-NO_MESSAGE = re.compile(r"#|computing the vibrations|%|\[|vibration |Hessian from|displacement_assembler 1|, found '?$|Number of|Makes frequencies|the route of the results|"
-                        r"the largest force|the largest asymmetry|: forces of these points|no intensities|species are told|most abundant|average over|point group|"
+NO_MESSAGE = re.compile(r"#|computing the vibrations|%|\[|vibration |Hessian from|displacement_assembler 1|, found '?$|Number of|Computes frequencies|the route of the results|"
+                        r"the largest force|the largest asymmetry|: forces of these points|no intensities|species are told|most abundant|average over|standard atomic weights|point group|"
                         r"an allocation would|displacement_assembler: error: |isotope: |of one atom, in amu|write |print |the folder PES-0|"
                         r"read .* of |notice: |, species of |stationary point| without |has no dipole| of atom | has no |that of the .com|"
                         r"XXXXXX|^the results$|files.out: | follow from the forces, that of | is off by |they are of another level|all energies are the same|one-atom|hartree|of the reference$|^ of $")

@@ -95,13 +95,17 @@ outcome run_program(const fs::path& program, const std::vector<std::string>& arg
 
 fs::path displacement_generator() { return DISPLACEMENT_GENERATOR; }
 
+void log_message(const std::string& text) {
+    if (const char* log = std::getenv("STOPPED_WITH_LOG"); log != nullptr) {
+        std::ofstream(log, std::ios::binary | std::ios::app) << text << '\0';
+    }
+}
+
 std::string stopped_with(const std::function<void()>& work) {
     try {
         work();
     } catch (const base::run_error& error) {
-        if (const char* log = std::getenv("STOPPED_WITH_LOG"); log != nullptr) {
-            std::ofstream(log, std::ios::binary | std::ios::app) << error.what() << '\0';
-        }
+        log_message(error.what());
         return std::string(error.what()) +
                (error.stream == base::message_stream::standard_output ? "|standard output|" : "|standard error|") +
                std::to_string(error.exit_status);

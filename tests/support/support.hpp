@@ -51,8 +51,12 @@ outcome run_program(const std::filesystem::path& program, const std::vector<std:
 /// The program that is tested.
 std::filesystem::path displacement_generator();
 
-/// The text with which `work` stopped the run, as "MESSAGE|STREAM|STATUS"; "no error" where it did not. The messages
-/// also go to the end of the file that the environment's STOPPED_WITH_LOG names, each with a NUL behind it.
+/// Puts a text at the end of the file that the environment's STOPPED_WITH_LOG names, with a NUL after it. Tests of
+/// documents find there what the programs said.
+void log_message(const std::string& text);
+
+/// The text with which `work` stopped the run, as "MESSAGE|STREAM|STATUS"; "no error" where it did not. The message is
+/// also logged.
 std::string stopped_with(const std::function<void()>& work);
 
 /// What `work` writes on standard output, at the level of the system.

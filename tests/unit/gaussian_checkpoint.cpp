@@ -112,6 +112,18 @@ TEST(gaussian_checkpoint, vectors_of_a_periodic_system_are_counted) {
     }
 }
 
+TEST(gaussian_checkpoint, a_route_that_is_cut_or_too_long_is_refused) {
+    const std::string head = "title\nFOpt      RHF\nRoute                                      C   N=";
+    EXPECT_EQ(refused(head + "          10\n# hf\n"),
+              "mol.fchk:4: expected 2 lines of the section 'Route', found fewer");
+    std::string lines;
+    for (int line = 0; line < 1093; ++line) {  // of 60 characters
+        lines += "# hf\n";
+    }
+    EXPECT_EQ(refused(head + "        5465\n" + lines),
+              "mol.fchk:1096: expected a route of at most 65536 characters, found more");
+}
+
 std::string route_of(const std::string& method, const std::string& basis) {
     gaussian::checkpoint from;
     from.method = method;

@@ -29,6 +29,9 @@ outcome read(const std::string& text) {
     outcome result;
     gaussian::source from("job.log", text);
     result.log = gaussian::read_log(from, result.notices);
+    for (const gaussian::notice& told : result.notices) {
+        support::log_message("notice: " + told.text);
+    }
     return result;
 }
 
@@ -327,6 +330,8 @@ TEST(gaussian_log, two_logs_in_one_file_the_first_broken_off_in_a_table) {
     EXPECT_EQ(found.log.ended_normally, 1);
     EXPECT_EQ(found.log.job.number, 2);
     EXPECT_EQ(difference(found.log.job.molecule.positions, water_positions()), 0.0);
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].text, "a job begins or ends here, in the middle of what went before");
     const std::string failed = replaced(whole, " Normal termination of", " Error termination via");
     EXPECT_EQ(read(failed).log.jobs, 1);
     EXPECT_EQ(read(failed).log.ended_normally, 0);
@@ -560,6 +565,9 @@ TEST(gaussian_log, a_broken_table_of_forces_is_told_even_where_whole_ones_stand_
                                                 ": expected a table of forces, found a part of one");
     ASSERT_EQ(found.notices.size(), 1U);
     EXPECT_EQ(found.notices[0].line, line_of(text, " oops"));
+    EXPECT_EQ(found.notices[0].text, "expected a row of the table that begins in line " +
+                                         std::to_string(line_of(text, "Forces (Hartrees/Bohr)")) +
+                                         "; it is passed over");
 }
 
 TEST(gaussian_log, a_table_of_forces_without_its_head_is_told) {
@@ -574,6 +582,83 @@ TEST(gaussian_log, a_table_of_forces_without_its_head_is_told) {
     EXPECT_EQ(found.notices[0].line, first + 1);
     EXPECT_EQ(found.notices[0].text,
               "expected the rows of the table that begins in line " + std::to_string(first) + "; it is passed over");
+}
+
+TEST(gaussian_log, a_broken_archive_entry_is_told) {
+    const std::string whole = log_text({.jobs = {water_job()}});
+    const std::size_t entry = whole.find(" 1\\1\\");
+    const std::size_t second = whole.find('\n', entry) + 1;
+    outcome found = read(std::string(whole).insert(second, " \n"));
+    EXPECT_EQ(found.log.job.decimals, 6);
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].line, line_of(whole, " 1\\1\\") + 1);
+    EXPECT_EQ(found.notices[0].text, "the archive entry is not complete; it is passed over");
+
+    std::string endless = whole.substr(0, second);
+    for (std::size_t size = 0; size <= std::size_t{1} << 24; size += 70) {
+        endless += " " + std::string(70, 'x') + "\n";
+    }
+    found = read(endless);
+    EXPECT_EQ(found.log.job.decimals, 6);
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].text, "the archive entry has no end; it is passed over");
+}
+
+TEST(gaussian_log, a_table_without_an_end_is_told) {
+    std::string text = log_text({.jobs = {water_job()}});
+    const std::size_t end = text.find(" Center     Atomic");
+    text = text.substr(0, text.find("------\n", text.find(" Number ", end)) + 7);
+    const std::string row = "      1          8           0        0.123457   -0.345679    0.056789\n";
+    for (std::size_t size = 0; size <= std::size_t{1} << 25; size += row.size()) {
+        text += row;
+    }
+    const outcome found = read(text);
+    EXPECT_EQ(found.log.job.number, 0);
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].text, "expected the end of the table that begins in line " +
+                                         std::to_string(line_of(text, " Center     Atomic")) + "; it is passed over");
+}
+
+TEST(gaussian_log, only_the_first_notices_about_what_is_broken_are_told) {
+    std::string text = log_text({.jobs = {water_job()}});
+    for (int table = 0; table < 22; ++table) {
+        text += " Center     Atomic                   Forces (Hartrees/Bohr)\n oops\n";
+    }
+    const outcome found = read(text);
+    ASSERT_EQ(found.notices.size(), 21U);
+    EXPECT_EQ(found.notices[19].line, line_of(text, "Forces (Hartrees/Bohr)") - 3);  // the second line of the 20th
+    EXPECT_EQ(found.notices[20].line, 0);
+    EXPECT_EQ(found.notices[20].text, "2 more tables and entries are passed over");
+}
+
+TEST(gaussian_log, a_charge_that_is_no_number_is_told) {
+    const std::string text =
+        replaced(log_text({.jobs = {water_job()}}), " Charge =  0 Multiplicity", " Charge = ** Multiplicity");
+    const outcome found = read(text);
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].line, line_of(text, " Charge ="));
+    EXPECT_EQ(found.notices[0].text, "charge and multiplicity cannot be read in 'Charge = ** Multiplicity = 1'");
+}
+
+TEST(gaussian_log, a_dipole_that_cannot_be_used_is_told) {
+    twin_job twin = water_job();
+    twin.standard = some_turn();
+    const std::string whole = log_text({.jobs = {twin}});
+    const std::size_t anchor = whole.find(" Dipole        =");
+    outcome found = read(std::string(whole).insert(anchor + 16, "*"));
+    EXPECT_FALSE(found.log.job.dipole);
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].line, line_of(whole, " Dipole        ="));
+    EXPECT_EQ(found.notices[0].text, "the dipole moment cannot be read");
+
+    // An atom of the standard orientation is another one.
+    const std::size_t row = whole.find("      1          8 ", whole.find("Standard orientation:"));
+    found = read(std::string(whole).replace(row, 19, "      1          9 "));
+    EXPECT_FALSE(found.log.job.dipole);
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].text,
+              "the frame of the dipole moment: job.log:" + std::to_string(line_of(whole, "Standard orientation:") + 2) +
+                  ": expected the 3 atoms of the last geometry, found 3 or other atoms");
 }
 
 TEST(gaussian_log, forces_on_other_atoms) {

@@ -38,7 +38,7 @@ energy_messages check_energies(const std::vector<energy_point>& points, double s
         return told;
     }
     if (verdict.one_number) {
-        told.notices.emplace_back("all energies are the same: they could not be held against the forces");
+        told.notices.emplace_back("all energies are the same: they could not be compared with the forces");
         return told;
     }
     const auto distance = [&](std::size_t i) { return points[i].energy - points[i].by_forces - verdict.reference; };

@@ -58,20 +58,22 @@ void check_name(const CLI::Option* option, const char* name, const std::string& 
 
 std::string read_options(int argc, const char* const* argv, options& asked) {
     CLI::App app(
-        "Makes frequencies, normal modes and their symmetry species of the list that displacement_generator wrote and\n"
-        "the forces computed for its files: coord-TAG.log, .out, .fchk or .forces beside each coord-TAG.com. The "
-        "table\n"
-        "goes to standard output, notices go to standard error.",
+        "Computes frequencies, normal modes and symmetry species from displacement_generator's list and the forces\n"
+        "of its files: coord-TAG.log, .out, .fchk or .forces beside each coord-TAG.com. The table goes to standard\n"
+        "output, notices go to standard error.",
         program_name);
     companion::add_common_options(app);
     std::string kind = "isotope";
     std::vector<std::string> masses;
     const CLI::Option* folder =
         app.add_option("FOLDER", asked.folder, "the folder PES-0, or one that holds it (default: here)")->type_name("");
-    app.add_option("--masses", kind, "isotope: the most abundant one of each element (default); average: over all")
+    app.add_option("--masses", kind,
+                   "isotope: the most abundant one of each element (default); average: the "
+                   "standard atomic weights")
         ->type_name("KIND");
     app.add_option("--mass", masses, "of one atom, in amu; may be given several times")
         ->type_name("ATOM=VALUE")
+        ->expected(1)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     const CLI::Option* molden =

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <array>
+#include <charconv>
 #include <cstdio>
 #include <string>
 
@@ -14,6 +15,13 @@ namespace {
 
 [[noreturn]] void stop(const std::string& what) { companion::refuse_command_line(program_name, what); }
 
+/// A limit of an option in its shortest decimals, without an exponent.
+std::string limit(double value) {
+    std::array<char, 32> text{};
+    char* const end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed).ptr;
+    return {text.data(), end};
+}
+
 std::string number(double value) {
     std::array<char, 32> text{};
     static_cast<void>(std::snprintf(text.data(), text.size(), "%.10g", value));
@@ -26,7 +34,7 @@ void check(const options& asked) {
              ": expected the name of a file, found an empty one");
     }
     if (!(asked.tolerance >= frame::least_tolerance && asked.tolerance <= frame::largest_tolerance)) {
-        stop("--tolerance: expected " + number(frame::least_tolerance) + " to " + number(frame::largest_tolerance) +
+        stop("--tolerance: expected " + limit(frame::least_tolerance) + " to " + limit(frame::largest_tolerance) +
              " angstrom, found " + number(asked.tolerance));
     }
     if (asked.multiplicity && *asked.multiplicity < 1) {

@@ -207,7 +207,7 @@ void check_electrons(const source_molecule& found) {
     if (electrons < unpaired || (electrons - unpaired) % 2 != 0) {
         stop(found.name, 0,
              "a molecule of charge " + std::to_string(atoms.charge) + " has " + std::to_string(electrons) +
-                 " electrons, expected a multiplicity that suits them, found " + std::to_string(atoms.multiplicity) +
+                 " electrons, expected a possible multiplicity, found " + std::to_string(atoms.multiplicity) +
                  "; give the right ones with --charge and --multiplicity");
     }
 }

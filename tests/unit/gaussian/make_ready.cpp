@@ -30,6 +30,7 @@ prepared prepare(std::string_view text, std::string_view route = "") {
         result.in_space = ready.fixed_in_space;
     });
     for (const gaussian::notice& told : notices) {
+        support::log_message("notice: " + told.text);
         result.notices.append(std::to_string(told.line)).append(" ").append(told.text).append("\n");
     }
     if (error != "no error") {
@@ -222,8 +223,13 @@ TEST(make_ready, leaves_the_connectivity_of_dummy_atoms_out) {
               "   H                0.00000000    0.00000000    0.00000000\n"
               "   H                0.74000000    0.00000000    0.00000000\n\n");
     EXPECT_EQ(found.notices,
-              "7 1 dummy atom(s) served the construction and are left out\n"
+              "7 1 dummy atom served the construction and is left out\n"
               "1 the connectivity is left out: there is none, or its atom numbers count dummy atoms\n");
+}
+
+TEST(make_ready, tells_how_many_dummy_atoms_are_left_out) {
+    EXPECT_EQ(prepare(job("# hf", "", "H\nX 1 1.0\nX 1 1.0 2 90.0\nH 1 0.74 2 90.0 3 90.0\n")).notices,
+              "7 2 dummy atoms served the construction and are left out\n");
 }
 
 TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
@@ -270,6 +276,12 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
          "m:10: found '$NBO $END' after the molecule, and nobody can tell whether it belongs to 'pop=nboread'; take "
          "that "
          "keyword and its section out"},
+        {job("# hf/gen freq=(anharmonic,readanharm)", "\n\n" + basis),
+         "m:9: found an empty section after the molecule, and nobody can tell whether it belongs to "
+         "'freq=(anharmonic,readanharm)'; take that keyword and its section out"},
+        {job("# hf/gen admp=readvelocity", "\n\n" + basis),
+         "m:9: found an empty section after the molecule, and nobody can tell whether it belongs to "
+         "'admp=readvelocity'; take that keyword and its sections out"},
         {job("# hf output=wfx", "\n" + basis),
          "m:11: expected the section of 'output=wfx', found '****'; take the keyword out, or give its section"},
         {job("# uff", "", "H-H_ 0 0 0\nH 0 0 .74\n"),

@@ -27,6 +27,9 @@ std::string read(std::string_view text, std::vector<gaussian::notice>& notices) 
             shown.append("; ").append(gaussian::symbol_of(job.atoms.numbers[i])).append(" ").append(line);
         }
     });
+    for (const gaussian::notice& told : notices) {
+        support::log_message("notice: " + told.text);
+    }
     return error == "no error" ? shown : error;
 }
 
@@ -303,7 +306,7 @@ TEST(read_input, tells_what_it_dropped_and_where) {
               "6 label of an atom dropped, here and in 3 more lines\n"
               "7 molecular-mechanics type of an atom dropped\n"
               "7 fragment of an atom dropped\n"
-              "6 freeze code of an atom dropped, here and in 1 more lines\n");
+              "6 freeze code of an atom dropped, here and in 1 more line\n");
 }
 
 TEST(read_input, reads_a_large_molecule_in_linear_time) {

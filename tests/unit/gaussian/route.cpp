@@ -87,6 +87,7 @@ std::string ready(std::string_view text) {
     const std::string error = stopped_with(
         [&] { result = gaussian::text_of(gaussian::ready_route(parse_route(text, "r:1"), true, "r:1", 1, notices)); });
     for (const gaussian::notice& told : notices) {
+        support::log_message("notice: " + told.text);
         result += "|" + told.text;
     }
     return error == "no error" ? result : error;
@@ -256,6 +257,7 @@ TEST(route, that_is_ready_has_no_analysis_that_needs_a_section_or_writes_a_share
         EXPECT_TRUE(result.ends_with(" force nosymm")) << result;
         result.resize(result.size() - std::string_view(" force nosymm").size());
         for (const gaussian::notice& told : notices) {
+            support::log_message("notice: " + told.text);
             result.append("|").append(std::to_string(told.line)).append(told.text);
         }
         return result;
