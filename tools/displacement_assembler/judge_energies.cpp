@@ -113,13 +113,12 @@ energy_verdict judge_energies(const std::vector<energy_point>& points, double st
     verdict.most_agree = agreeing > verdict.off.size();
     const line fitted = fit(points);
     // Short steps leave single energies too little to be told by, but all together show a wrong sign, unit or step.
-    // Terms of third order lie on both sides of the line, so that little of them is left in its slope.
     constexpr double other_factor = 0.05;
     constexpr double errors_of_doubt = 10.0;
     constexpr std::size_t points_for_that = 8;
     const bool is_open = verdict.off.empty() ? points.size() >= points_for_that : !verdict.most_agree;
     const double excess = std::abs(fitted.slope - 1.0);
-    if (is_open && fitted.largest_residual <= allowed && excess * fitted.width > 0.25 * anharmonic &&
+    if (is_open && fitted.largest_residual <= allowed && excess * fitted.width > anharmonic &&
         excess > std::max(other_factor, errors_of_doubt * fitted.slope_error)) {
         verdict.all_by_this = fitted.slope;
     }
