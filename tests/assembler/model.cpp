@@ -140,8 +140,10 @@ textbook vibrations_of(const model& from, const std::vector<double>& masses) {
     made.frequencies = (values / electron_masses).cwiseSqrt() * wavenumbers;
     made.reduced_masses.resize(modes);
     made.intensities.resize(modes);
+    made.displacements.resize(size, modes);
     for (Eigen::Index i = 0; i < modes; ++i) {
         const Eigen::VectorXd cartesian = roots.cwiseInverse().cwiseProduct(solved.eigenvectors().col(i + 6));
+        made.displacements.col(i) = cartesian.normalized();
         made.reduced_masses(i) = 1.0 / cartesian.squaredNorm();
         made.intensities(i) = 974.880 * (from.dipoles * cartesian).squaredNorm();
     }
