@@ -4,6 +4,8 @@
 #include <Eigen/QR>
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <fstream>
 #include <map>
 #include <random>
 #include <sstream>
@@ -176,7 +178,11 @@ void generate(const std::string& example, const std::string& settings) {
 }
 
 support::outcome assemble(const std::vector<std::string>& arguments) {
-    return support::run_program(DISPLACEMENT_ASSEMBLER, arguments);
+    support::outcome done = support::run_program(DISPLACEMENT_ASSEMBLER, arguments);
+    if (const char* log = std::getenv("STOPPED_WITH_LOG")) {  // messages.py holds what was met against the document
+        std::ofstream(log, std::ios::app) << done.standard_error << '\0';
+    }
+    return done;
 }
 
 std::vector<std::string> names() {
