@@ -55,6 +55,58 @@ struct group_case {
     const char* species;  ///< by the characters of its group
 };
 
+constexpr double bohr_in_angstrom = 0.529177210903;
+
+/// A value that stands in the line of its name in a formatted checkpoint: name in 40 columns, type in column 44.
+double value_of(const std::string& checkpoint, const std::string& name, char type) {
+    std::string heading = name;
+    heading.resize(43, ' ');
+    heading += type;
+    const std::size_t at = checkpoint.find("\n" + heading + "     ");
+    return at == std::string::npos ? std::nan("") : std::stod(checkpoint.substr(at + 50, 30));
+}
+
+/// Holds a section of a formatted checkpoint, read without the library, against its values.
+void expect_section(const std::string& checkpoint, const std::string& name, char type, const Eigen::VectorXd& expected,
+                    double tolerance) {
+    SCOPED_TRACE(name);
+    std::string heading = name;
+    heading.resize(43, ' ');
+    heading += std::string(1, type) + "   N=";
+    const std::size_t at = checkpoint.find("\n" + heading);
+    ASSERT_NE(at, std::string::npos);
+    std::istringstream values(checkpoint.substr(at + 1 + heading.size()));
+    Eigen::Index size = 0;
+    values >> size;
+    ASSERT_EQ(size, expected.size());
+    for (Eigen::Index i = 0; i < size; ++i) {
+        double value = 0.0;
+        ASSERT_TRUE(values >> value) << i;
+        EXPECT_NEAR(value, expected(i), tolerance) << i;
+    }
+    std::string next;
+    EXPECT_FALSE(values >> next && next.find_first_not_of("0123456789.E+-") == std::string::npos) << next;
+}
+
+std::string next_line(std::istream& lines) {
+    std::string line;
+    std::getline(lines, line);
+    return line;
+}
+
+std::vector<std::string> next_words(std::istream& lines) {
+    std::istringstream words(next_line(lines));
+    std::vector<std::string> found;
+    for (std::string word; words >> word;) {
+        found.push_back(word);
+    }
+    return found;
+}
+
+Eigen::Vector3d vector_of(const std::vector<std::string>& words, std::size_t first) {
+    return {std::stod(words.at(first)), std::stod(words.at(first + 1)), std::stod(words.at(first + 2))};
+}
+
 model model_here() { return make_model(read_geometry_file("PES-0/" + names().front() + ".com")); }
 
 }  // namespace
@@ -422,31 +474,111 @@ TEST(frequencies, the_hessian_names_the_route_of_the_results) {
 TEST(frequencies, the_hessian_is_written_as_other_programs_read_it) {
     const support::scratch_folder folder;
     generate("formaldehyde");
+    // The same molecule as a cation, with forces and a dipole moment at the reference that tell all directions apart.
+    std::string input = support::read_file("mol.gjf");
+    input.replace(input.find("\n0 1\n"), 5, "\n1 2\n");
+    support::write_file("mol.gjf", input);
+    ASSERT_EQ(support::run_program(support::displacement_generator(), {"control"}).status, 0);
     const model molecule = model_here();
-    write_logs(molecule);
-    const support::outcome done = assemble({"--hessian", "h.fchk", "--molden", "m.molden"});
+    Eigen::Matrix3Xd forces(3, 4);
+    forces << 1, -2, 3, -4, 5, 6, -7, 8, 9, 10, 11, -12;
+    forces *= 1e-6;
+    const Eigen::Vector3d dipole(0.25, -0.5, 0.75);
+    for (const std::string& name : names()) {
+        support::twin_job job = job_of(molecule, name);
+        job.charge = 1;
+        job.multiplicity = 2;
+        if (name == "coord-0-00") {
+            job.points[0].forces = forces;
+            job.points[0].dipole = dipole;
+        }
+        write_log(name, job);
+    }
+    const support::outcome done = assemble({"--hessian", "h.fchk", "--mass", "4=2.014"});
     ASSERT_EQ(done.status, 0) << done.standard_error;
+    const std::string text = support::read_file("h.fchk");
+
+    EXPECT_EQ(value_of(text, "Number of atoms", 'I'), 4);
+    EXPECT_EQ(value_of(text, "Charge", 'I'), 1);
+    EXPECT_EQ(value_of(text, "Multiplicity", 'I'), 2);
+    EXPECT_NEAR(value_of(text, "Total Energy", 'R'), -76.0, 1e-9);
+    expect_section(text, "Atomic numbers", 'I', Eigen::Vector4d(6, 8, 1, 1), 0.0);
+    expect_section(text, "Current cartesian coordinates", 'R',
+                   molecule.reference.positions.reshaped() / bohr_in_angstrom, 1e-8);
+    expect_section(text, "Real atomic weights", 'R', Eigen::Vector4d(12.0, 15.99491462, 1.00782503, 2.014), 1e-7);
+    expect_section(text, "Cartesian Gradient", 'R', -forces.reshaped(), 1e-12);
+    expect_section(text, "Dipole Moment", 'R', dipole, 1e-5);  // a log has it in debye, to four decimals
+    // Of each coordinate the three components.
+    expect_section(text, "Dipole Derivatives", 'R', molecule.dipoles.reshaped(), 1e-6);
+    Eigen::VectorXd triangle(12 * 13 / 2);
+    Eigen::Index at = 0;
+    for (Eigen::Index row = 0; row < 12; ++row) {
+        for (Eigen::Index column = 0; column <= row; ++column) {
+            triangle(at++) = molecule.hessian(row, column);
+        }
+    }
+    expect_section(text, "Cartesian Force Constants", 'R', triangle, 1e-6);
+
     gaussian::source from("h.fchk");
     const gaussian::checkpoint read = gaussian::read_checkpoint(from);
     EXPECT_EQ(read.numbers, molecule.reference.numbers);
-    Eigen::Index at = 0;
-    for (Eigen::Index row = 0; row < molecule.hessian.rows(); ++row) {
-        for (Eigen::Index column = 0; column <= row; ++column) {
-            EXPECT_NEAR(read.force_constants(at++), molecule.hessian(row, column), 1e-6);
-        }
-    }
+    EXPECT_LT((read.force_constants - triangle).cwiseAbs().maxCoeff(), 1e-6);
     EXPECT_LT((read.dipole_derivatives - molecule.dipoles).cwiseAbs().maxCoeff(), 1e-6);
-    EXPECT_LT((read.coordinates * 0.529177210903 - molecule.reference.positions).cwiseAbs().maxCoeff(), 1e-7);
-    EXPECT_NEAR(read.weights(1), 12.0, 4.0);
+}
 
-    const std::string molden = support::read_file("m.molden");
-    EXPECT_EQ(molden.find("[Molden Format]\n[Atoms] AU\n"), 0U);
-    std::size_t before = 0;
-    for (const char* section :
-         {"[FREQ]\n", "[INT]\n", "[FR-COORD]\n", "[FR-NORM-COORD]\nvibration 1\n", "vibration 6\n"}) {
-        const std::size_t found = molden.find(section);
-        ASSERT_NE(found, std::string::npos) << section;
-        EXPECT_GT(found, before);
-        before = found;
+TEST(frequencies, viewers_get_geometry_and_modes) {
+    const support::scratch_folder folder;
+    generate("formaldehyde");
+    const model molecule = model_here();
+    write_logs(molecule);
+    ASSERT_EQ(assemble({"--molden", "m.molden"}).status, 0);
+    const textbook expected = vibrations_of(molecule, isotope_masses(molecule.reference.numbers));
+    std::istringstream lines(support::read_file("m.molden"));
+    EXPECT_EQ(next_line(lines), "[Molden Format]");
+    EXPECT_EQ(next_line(lines), "[Atoms] AU");
+    const char* const symbols[] = {"C", "O", "H", "H"};
+    const Eigen::Matrix3Xd positions = molecule.reference.positions / bohr_in_angstrom;
+    for (Eigen::Index i = 0; i < 4; ++i) {
+        const std::vector<std::string> words = next_words(lines);
+        ASSERT_EQ(words.size(), 6U);
+        EXPECT_EQ(words[0], symbols[i]);
+        EXPECT_EQ(words[1], std::to_string(i + 1));
+        EXPECT_EQ(words[2], std::to_string(molecule.reference.numbers[static_cast<std::size_t>(i)]));
+        EXPECT_LT((vector_of(words, 3) - positions.col(i)).cwiseAbs().maxCoeff(), 1e-8);
     }
+    EXPECT_EQ(next_line(lines), "[FREQ]");
+    for (const double frequency : expected.frequencies) {
+        EXPECT_NEAR(std::stod(next_line(lines)), frequency, 0.01);
+    }
+    EXPECT_EQ(next_line(lines), "[INT]");
+    for (const double intensity : expected.intensities) {
+        EXPECT_NEAR(std::stod(next_line(lines)), intensity, 0.01 + 5e-5 * intensity);
+    }
+    EXPECT_EQ(next_line(lines), "[FR-COORD]");
+    for (Eigen::Index i = 0; i < 4; ++i) {
+        const std::vector<std::string> words = next_words(lines);
+        ASSERT_EQ(words.size(), 4U);
+        EXPECT_EQ(words[0], symbols[i]);
+        EXPECT_LT((vector_of(words, 1) - positions.col(i)).cwiseAbs().maxCoeff(), 1e-8);
+    }
+    EXPECT_EQ(next_line(lines), "[FR-NORM-COORD]");
+    for (Eigen::Index mode = 0; mode < 6; ++mode) {
+        EXPECT_EQ(next_line(lines), "vibration " + std::to_string(mode + 1));
+        Eigen::VectorXd found(12);
+        for (Eigen::Index i = 0; i < 4; ++i) {
+            const std::vector<std::string> words = next_words(lines);
+            ASSERT_EQ(words.size(), 3U);
+            found.segment<3>(3 * i) = vector_of(words, 0);
+        }
+        EXPECT_NEAR(found.norm(), 1.0, 1e-8);
+        const double sign = found.dot(expected.displacements.col(mode)) < 0.0 ? -1.0 : 1.0;
+        EXPECT_LT((sign * found - expected.displacements.col(mode)).cwiseAbs().maxCoeff(), 1e-5) << mode + 1;
+    }
+    EXPECT_EQ(lines.peek(), std::istringstream::traits_type::eof());
+
+    support::twin_job job = job_of(molecule, "coord-1-dx");
+    job.points[0].dipole.reset();
+    write_log("coord-1-dx", job);
+    ASSERT_EQ(assemble({"--molden", "m.molden"}).status, 0);
+    EXPECT_EQ(support::read_file("m.molden").find("[INT]"), std::string::npos);
 }

@@ -38,6 +38,7 @@ struct textbook {
     Eigen::VectorXd reduced_masses;   ///< amu
     Eigen::VectorXd force_constants;  ///< mdyne/angstrom
     Eigen::VectorXd intensities;      ///< km/mol
+    Eigen::MatrixXd displacements;    ///< a column a mode, Cartesian, of length 1; the sign is arbitrary
 };
 textbook vibrations_of(const model& from, const std::vector<double>& masses);
 

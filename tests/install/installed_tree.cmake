@@ -50,6 +50,35 @@ if(NOT route STREQUAL "#p b3lyp/6-31g(d) force nosymm")
   message(FATAL_ERROR "expected the route in line 2 of what was prepared, found '${route}'")
 endif()
 
+# The assembler, on two hydrogen atoms and a spring of 0.37 hartree/bohr^2: 4404.8139 cm-1 by the formula of two masses.
+run("displacement_assembler ${VERSION}\n" ${prefix}/${BINDIR}/displacement_assembler --version)
+set(hydrogen ${SCRATCH}/hydrogen)
+file(WRITE ${hydrogen}/mol.gjf "#p hf/3-21g force nosymm\n\nhydrogen\n\n0 1\nH 0 0 -0.37\nH 0 0 0.37\n\n")
+file(WRITE ${hydrogen}/control "&control fxyz = 'mol.gjf', dx = 0.005 /\n")
+run("" ${CMAKE_COMMAND} -E chdir ${hydrogen} ${prefix}/${BINDIR}/displacement_generator control)
+file(WRITE ${hydrogen}/PES-0/coord-0-00.forces "0 0 0\n0 0 0\n")
+file(WRITE ${hydrogen}/PES-0/coord-1-dx.forces "0.0000001 0 0\n-0.0000001 0 0\n")
+file(WRITE ${hydrogen}/PES-0/coord-1-dy.forces "0 0.0000001 0\n0 -0.0000001 0\n")
+file(WRITE ${hydrogen}/PES-0/coord-1-dz.forces "0 0 0.0034959933306\n0 0 -0.0034959933306\n")
+file(WRITE ${hydrogen}/PES-0/coord-1+dz.forces "0 0 -0.0034959933306\n0 0 0.0034959933306\n")
+execute_process(
+  COMMAND ${prefix}/${BINDIR}/displacement_assembler --molden modes ${hydrogen}
+  WORKING_DIRECTORY ${hydrogen}
+  OUTPUT_VARIABLE table
+  ERROR_VARIABLE notices
+  RESULT_VARIABLE status)
+if(NOT status EQUAL 0
+   OR NOT table MATCHES "\n    1 Ag     4404\\.8139 "
+   OR table MATCHES "\n    2 "
+   OR NOT notices STREQUAL
+      "${hydrogen}/PES-0/files.out: notice: no intensities: ${hydrogen}/PES-0/coord-1-dx.forces has no dipole moment\n")
+  message(FATAL_ERROR "status ${status} from the assembler, expected one mode of 4404.8139 cm-1, found\n${table}${notices}")
+endif()
+file(STRINGS ${hydrogen}/modes modes)
+if(NOT modes MATCHES "vibration 1;")
+  message(FATAL_ERROR "expected a vibration in the file of modes, found '${modes}'")
+endif()
+
 # The manual pages: the version is there, and man has nothing to say against them.
 find_program(man man)
 if(NOT man)
