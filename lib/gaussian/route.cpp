@@ -112,7 +112,9 @@ route_part part_of(std::string_view text) {
 /// Stops the run at a text between quotation marks that would be taken apart. A mark elsewhere is a prime.
 void check_quoted(std::string_view text, const std::string& place) {
     for (std::size_t i = 1; i < text.size(); ++i) {
-        if ((text[i] != '\'' && text[i] != '"') || (text[i - 1] != '=' && text[i - 1] != '(')) {
+        const std::size_t before = text.find_last_not_of(" \t", i - 1);
+        if ((text[i] != '\'' && text[i] != '"') || before == std::string_view::npos ||
+            (text[before] != '=' && text[before] != '(')) {
             continue;
         }
         const std::string_view quoted = text.substr(i, text.find(text[i], i + 1) - i);

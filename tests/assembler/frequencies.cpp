@@ -266,8 +266,8 @@ TEST(frequencies, a_mass_that_lowers_the_symmetry_leaves_the_species_that_apply)
     expect_textbook(rows_of(done.standard_output), vibrations_of(molecule, {15.99491462, 2.014, 1.00782503}));
     EXPECT_EQ(counted(rows_of(done.standard_output)), "3A'");
     EXPECT_EQ(done.standard_error,
-              "PES-0/files.out: notice: species are told without C2z: the masses differ\n"
-              "PES-0/files.out: notice: species are told without Szx: the masses differ\n");
+              "PES-0/files.out: notice: species are assigned without C2z: the masses differ\n"
+              "PES-0/files.out: notice: species are assigned without Szx: the masses differ\n");
 }
 
 TEST(frequencies, without_dipole_moments_there_are_no_intensities) {

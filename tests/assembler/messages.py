@@ -37,7 +37,7 @@ OTHER_WORDS = {
         ": forces of these points, or of those from which they follow, do not belong to one potential"},
     "a largest force above 0.00045 hartree/bohr": {
         "the largest force at the reference is more than 0.00045 hartree/bohr: this is not a stationary point, and harmonic frequencies mean little there"},
-    "operations that do not count for the species": {"species are told without "},
+    "operations that do not count for the species": {"species are assigned without "},
     "energies that do not follow from the forces": {
         "some energies do not follow from the forces, that of ", "the energies do not follow from the forces, that of ", " is off by ",
         ": they are of another level, or the forces are not of these geometries"},

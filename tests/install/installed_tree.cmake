@@ -71,7 +71,7 @@ if(NOT status EQUAL 0
    OR NOT table MATCHES "\n    1 Ag     4404\\.8139 "
    OR table MATCHES "\n    2 "
    OR NOT notices STREQUAL
-      "${hydrogen}/PES-0/files.out: notice: no intensities: ${hydrogen}/PES-0/coord-1-dx.forces has no dipole moment\n")
+      "${hydrogen}/PES-0/files.out: notice: the .forces files hold no energies: nothing shows whether they are of these geometries\n${hydrogen}/PES-0/files.out: notice: no intensities: ${hydrogen}/PES-0/coord-1-dx.forces has no dipole moment\n")
   message(FATAL_ERROR "status ${status} from the assembler, expected one mode of 4404.8139 cm-1, found\n${table}${notices}")
 endif()
 file(STRINGS ${hydrogen}/modes modes)

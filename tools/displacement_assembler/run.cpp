@@ -88,7 +88,7 @@ std::string notices(const std::string& list_path, const geometry_set& geometries
         add("no intensities: " + base::shown(found.without_dipole, 200) + " has no dipole moment");
     }
     for (const vibration::left_out_operation& one : made.group.left_out) {
-        add("species are told without " + one.name + ": " + one.reason);
+        add("species are assigned without " + one.name + ": " + one.reason);
     }
     return text;
 }
