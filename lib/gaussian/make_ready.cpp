@@ -343,6 +343,27 @@ void check_sections_exist(const route& ready, const std::string& place) {
     }
 }
 
+/// How many sections the keywords of a route have that stay with them, the connectivity aside.
+std::size_t count_asked(const route& job) {
+    const std::vector<section_claim> claims = claims_of(job);
+    return static_cast<std::size_t>(std::count_if(claims.begin(), claims.end(), [](const section_claim& claim) {
+        return claim.what == section_claim::fate::kept && claim.place != connectivity_place;
+    }));
+}
+
+/// Refuses a new route that asks for another number of sections than there are: each would be read as the one before
+/// or after it. What the source's own route does not ask for either stands at the end and is not read.
+void check_sections_suit(const input& source, const route& ready, const std::vector<section>& sections,
+                         std::size_t connectivities) {
+    const std::size_t asked = count_asked(ready);
+    const std::size_t found = count_with_lines(sections) - connectivities;
+    if (asked > found || (asked < found && asked != count_asked(source.keywords))) {
+        throw base::run_error("the new route: expected as many sections after the molecule as its keywords need, " +
+                              std::to_string(asked) + ", found " + std::to_string(found) +
+                              "; give the input the sections of this route");
+    }
+}
+
 }  // namespace
 
 ready_input make_ready(const input& source, std::string_view replacement, std::vector<notice>& notices) {
@@ -372,6 +393,8 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
     check_lines(source, result.sections, notices);
     if (is_replaced && result.sections.size() == (keep_connectivity ? 1U : 0U)) {
         check_sections_exist(ready, place);
+    } else if (is_replaced) {
+        check_sections_suit(source, ready, result.sections, keep_connectivity ? 1 : 0);
     }
     result.link0 = ready_link0(source);
     result.route = text_of(ready);

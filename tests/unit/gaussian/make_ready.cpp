@@ -357,6 +357,26 @@ TEST(make_ready, takes_another_route) {
               "the new route: 'hf/gen' needs a section after the molecule, found none; prepare the input of the job "
               "instead, or give a route that needs none with --route, and put keyword and section into the prepared "
               "input by hand|standard error|2");
+    const auto refused = [](const char* asked, const char* found) {
+        return std::string("the new route: expected as many sections after the molecule as its keywords need, ")
+            .append(asked)
+            .append(", found ")
+            .append(found)
+            .append("; give the input the sections of this route|standard error|2");
+    };
+    const std::string solvent = "eps=4.9\n\n";
+    EXPECT_EQ(prepare(job("# hf scrf=read", "\n" + solvent), "# mp2 scrf=(pcm,read)").text,
+              ready("# mp2 scrf=(pcm,read) force nosymm", solvent));
+    EXPECT_EQ(prepare(job("# hf scrf=read", "\n" + solvent), "# mp2/gen scrf=read").text, refused("2", "1"));
+    EXPECT_EQ(prepare(job("# hf scrf=read", "\n\n" + solvent), "# mp2/gen scrf=read").text, refused("2", "1"));
+    EXPECT_EQ(prepare(job("# hf/gen scrf=read", "\n" + basis + solvent), "# mp2/gen scrf=read").text,
+              ready("# mp2/gen scrf=read force nosymm", basis + solvent));
+    EXPECT_EQ(prepare(job("# hf/gen scrf=read", "\n" + basis + solvent), "# mp2 scrf=read").text, refused("1", "2"));
+    EXPECT_EQ(prepare(job("# hf/gen", "\n" + basis + "note\n"), "# mp2/gen").text,
+              ready("# mp2/gen force nosymm", basis + "note\n\n"));
+    EXPECT_EQ(
+        prepare(job("# hf/gen geom=connectivity", "\n 1 2 1.0\n 2\n\n" + basis), "# hf/genecp geom=connectivity").text,
+        refused("2", "1"));
     EXPECT_EQ(prepare(job("# g4", ""), "# hf/sto-3g").text, ready("# hf/sto-3g force nosymm"));
     EXPECT_EQ(prepare(job("# hf", ""), "hf").text,
               "the new route: expected a route, which begins with '#', found 'hf'|standard error|2");
