@@ -284,34 +284,114 @@ bool parts_an_element(const std::vector<int>& numbers, const std::vector<bool>& 
     return std::any_of(found.begin(), found.end(), [](const auto& of) { return of[0] && of[1]; });
 }
 
-/// Stops the run at a line that would mean something else in the ready input.
-void check_lines(const input& source, const std::vector<section>& sections, std::vector<notice>& notices) {
-    for (const section& kept : sections) {
-        for (std::size_t i = 0; i < kept.lines.size(); ++i) {
-            const int line = kept.line + static_cast<int>(i);
-            if (stripped(kept.lines[i]).starts_with('#')) {
-                stop_at(source.name, line,
-                        "found " + quoted(kept.lines[i]) +
-                            " after the molecule, which would be taken for the route; take the line out");
-            }
-            if (lower(kept.lines[i].substr(0, kept.lines[i].find('!'))).find("extrasph") != std::string::npos) {
-                stop_at(source.name, line,
-                        "found " + quoted(stripped(kept.lines[i])) +
-                            ", whose spheres are fixed in space and cannot be kept; take them out");
-            }
-            const std::vector<bool> listed = listed_atoms(source, kept.lines[i]);
-            if (!source.dummies.empty() && !listed.empty()) {
-                stop_at(
-                    source.name, line,
-                    "found " + quoted(kept.lines[i]) +
-                        ", whose atom numbers may count dummy atoms, which are left out; name the elements instead");
-            }
-            if (parts_an_element(source.atoms.numbers, listed)) {
-                notices.push_back({line, quoted(stripped(kept.lines[i])) +
-                                             " names some atoms of an element and not all: if symmetry exchanges them "
-                                             "with the others, set symm = F in the generator's control file"});
+/// Which atoms the first field of a line lists by their numbers, as `2 2.0` or `4-7 Nuc 0.0`; none where it lists none.
+std::vector<bool> first_listed(const input& source, const std::vector<std::string_view>& fields) {
+    if (fields.size() < 2 || fields.front().empty() || !is_digit(fields.front().front())) {
+        return {};
+    }
+    std::vector<bool> listed(source.atoms.numbers.size() + source.dummies.size());
+    return take_atoms(fields.front(), listed) ? listed : std::vector<bool>{};
+}
+
+std::vector<std::string_view> fields_before_comment(std::string_view line) {
+    return fields_of(line.substr(0, line.find('!')));
+}
+
+/// Which atoms have a sphere unlike that of another atom of their element, by the lines `atom radius ...` of a section.
+std::vector<bool> unlike_spheres(const input& source, const section& radii) {
+    const std::vector<int>& numbers = source.atoms.numbers;
+    std::vector<std::vector<std::string_view>> spheres(numbers.size());
+    for (const std::string& line : radii.lines) {
+        const std::vector<std::string_view> fields = fields_before_comment(line);
+        const std::vector<bool> listed = first_listed(source, fields);
+        for (std::size_t i = 0; i < listed.size(); ++i) {
+            if (listed[i]) {
+                spheres[i].assign(fields.begin() + 1, fields.end());
             }
         }
+    }
+    std::array<const std::vector<std::string_view>*, largest_atomic_number + 1> first{};
+    std::array<bool, largest_atomic_number + 1> differ{};
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const auto element = static_cast<std::size_t>(numbers[i]);
+        first.at(element) = first.at(element) == nullptr ? &spheres[i] : first.at(element);
+        differ.at(element) = differ.at(element) || *first.at(element) != spheres[i];
+    }
+    std::vector<bool> unlike(numbers.size());
+    std::transform(numbers.begin(), numbers.end(), unlike.begin(),
+                   [&](int number) { return differ.at(static_cast<std::size_t>(number)); });
+    return unlike;
+}
+
+/// How the lines of a section may name atoms by their numbers, besides as those of a basis set.
+struct numbered_lines {
+    bool may_be_massage;       ///< `atom word ...` changes an atom
+    bool are_radii;            ///< `atom radius` changes the sphere of an atom
+    std::vector<bool> unlike;  ///< of radii in a molecule without dummy atoms: as unlike_spheres tells
+};
+
+/// Which atoms, dummies included, a line names by their numbers to make them unlike others; none where it names none.
+std::vector<bool> named_atoms(const input& source, std::string_view line, const numbered_lines& what) {
+    if (std::vector<bool> listed = listed_atoms(source, line); !listed.empty()) {
+        return listed;
+    }
+    const std::vector<std::string_view> fields = fields_before_comment(line);
+    if (fields.size() < 2 ||
+        !(what.are_radii || (what.may_be_massage && !fields[1].empty() && is_letter(fields[1].front())))) {
+        return {};
+    }
+    std::vector<bool> listed = first_listed(source, fields);
+    const bool all_are_like_others = std::equal(listed.begin(), listed.end(), what.unlike.begin(), what.unlike.end(),
+                                                [](bool is_named, bool is_unlike) { return !is_named || !is_unlike; });
+    return all_are_like_others ? std::vector<bool>{} : listed;
+}
+
+bool has_word(std::string_view line, std::string_view word) {
+    return lower(line.substr(0, line.find('!'))).find(word) != std::string::npos;
+}
+
+/// Stops the run at a line that would mean something else in the ready input.
+void check_line(const input& source, const section& kept, std::size_t i, const numbered_lines& what,
+                std::vector<notice>& notices) {
+    const std::string& text = kept.lines[i];
+    const int line = kept.line + static_cast<int>(i);
+    if (stripped(text).starts_with('#')) {
+        stop_at(source.name, line,
+                "found " + quoted(text) + " after the molecule, which would be taken for the route; take the line out");
+    }
+    if (has_word(text, "extrasph")) {
+        stop_at(
+            source.name, line,
+            "found " + quoted(stripped(text)) + ", whose spheres are fixed in space and cannot be kept; take them out");
+    }
+    const std::vector<bool> named = named_atoms(source, text, what);
+    if (!source.dummies.empty() && !named.empty()) {
+        stop_at(source.name, line,
+                "found " + quoted(text) +
+                    ", whose atom numbers may count dummy atoms, which are left out; name the elements instead");
+    }
+    if (parts_an_element(source.atoms.numbers, named)) {
+        notices.push_back({line, quoted(stripped(text)) +
+                                     " names some atoms of an element and not all: if symmetry exchanges them "
+                                     "with the others, set symm = F in the generator's control file"});
+    }
+}
+
+/// The same for all lines. The radii that `ModifySph` asks for stand in the section after its own.
+void check_lines(const input& source, const route& ready, const std::vector<section>& sections,
+                 std::vector<notice>& notices) {
+    const bool has_massage = std::any_of(ready.keywords.begin(), ready.keywords.end(),
+                                         [](const route_keyword& keyword) { return keyword.name() == "massage"; });
+    bool radii_follow = false;
+    for (const section& kept : sections) {
+        const bool has_unlike = radii_follow && source.dummies.empty();
+        const numbered_lines what{has_massage, radii_follow,
+                                  has_unlike ? unlike_spheres(source, kept) : std::vector<bool>{}};
+        for (std::size_t i = 0; i < kept.lines.size(); ++i) {
+            check_line(source, kept, i, what, notices);
+        }
+        radii_follow = std::any_of(kept.lines.begin(), kept.lines.end(),
+                                   [](const std::string& line) { return has_word(line, "modifysph"); });
     }
 }
 
@@ -390,7 +470,7 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
     const bool asks = std::any_of(ready.keywords.begin(), ready.keywords.end(), asks_for_section);
     ready_input result;
     result.sections = ready_sections(source, keep_connectivity, !is_replaced || asks, notices);
-    check_lines(source, result.sections, notices);
+    check_lines(source, ready, result.sections, notices);
     if (is_replaced && result.sections.size() == (keep_connectivity ? 1U : 0U)) {
         check_sections_exist(ready, place);
     } else if (is_replaced) {

@@ -195,6 +195,27 @@ TEST(make_ready, tells_of_atoms_of_one_element_with_different_basis_sets) {
     }
 }
 
+TEST(make_ready, tells_of_atoms_of_one_element_with_different_radii) {
+    const auto told = [](const std::string& keyword, const std::string& sections) {
+        return prepare(job("# hf " + keyword, "\n" + sections + "\n",
+                           "O 0 0 0\nH 0 .7 .5\nH 0 -.7 .5\nO 0 0 3\nHe 0 0 5\n"))
+            .notices;
+    };
+    const std::string some =
+        " names some atoms of an element and not all: if symmetry exchanges them with the others, set symm = F in the "
+        "generator's control file\n";
+    EXPECT_EQ(told("scrf=read", "eps=5.\nModifySph\n\n2 2.0\n"), "15 '2 2.0'" + some);
+    EXPECT_EQ(told("scrf=read", "modifysph\n\n 2 2.0\n3 2.1 ! more\n5 1.0\n"),
+              "14 '2 2.0'" + some + "15 '3 2.1 ! more'" + some);
+    EXPECT_EQ(told("scrf=read", "modifysph\n\n2 2.0\n3 2.0 ! the other\n"), "");
+    EXPECT_EQ(told("scrf=read", "modifysph\n\n2 2.0 1.1\n3 2.0\n"), "14 '2 2.0 1.1'" + some + "15 '3 2.0'" + some);
+    EXPECT_EQ(told("scrf=read", "modifysph\n\n2-3 2.0\nO 1.5\n5 1.7\n1\n9 2.0\n"), "");
+    EXPECT_EQ(told("scrf=read", "eps=5. ! modifysph\n\n2 2.0\n"), "");
+    EXPECT_EQ(told("scrf=read", "modifysph\n\n\n2 2.0\n"), "");  // an empty section: no radii
+    EXPECT_EQ(told("massage", "2 Nuc 2.0\n1 2.0\n"), "12 '2 Nuc 2.0'" + some);
+    EXPECT_EQ(told("guess=alter", "2 3\n"), "");
+}
+
 TEST(make_ready, leaves_out_link_0_lines_that_name_a_file) {
     for (const char* key : {"chk", "OldChk", "schk", "rwf", "int", "d2e", "scr", "save", "kjob", "oldmatrix",
                             "oldrawmatrix", "errorsave"}) {
@@ -296,6 +317,12 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
          "instead"},
         {job("# hf/gen", "\n1-2 0\n6-31G\n****\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n"),
          "m:10: found '1-2 0', whose atom numbers may count dummy atoms, which are left out; name the elements "
+         "instead"},
+        {job("# hf scrf=(pcm,read)", "\nmodifysph\n\n3 2.0\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n"),
+         "m:12: found '3 2.0', whose atom numbers may count dummy atoms, which are left out; name the elements "
+         "instead"},
+        {job("# hf massage", "\n3 nuc 2.0\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n"),
+         "m:10: found '3 nuc 2.0', whose atom numbers may count dummy atoms, which are left out; name the elements "
          "instead"},
         {job("# hf scrf=read", "\neps=2. ! ExtraSph\nExtraSph=1\n0. 0. 1. 2.\n\n"),
          "m:10: found 'ExtraSph=1', whose spheres are fixed in space and cannot be kept; take them out"},
