@@ -60,7 +60,7 @@ struct log_contents {
 /// Reads a Gaussian log in one pass, holding no more of it than two geometries with their forces. A log may be cut
 /// anywhere: what is taken are the last tables that are complete.
 ///   from     in/out  to the end
-///   notices  in/out  what was found and passed over is appended
+///   notices  in/out  what was found and passed over is appended, such as another geometry in the archive entry
 /// Stops the run with "NAME:LINE: ..." where the last geometry cannot be read (asterisks, other text than numbers).
 log_contents read_log(source& from, std::vector<notice>& notices);
 

@@ -65,6 +65,7 @@ class assembly {
   private:
     void take_heading();
     void take_geometry();
+    void tell_of_other_geometry(const log_rows& rows, int line);
     void take_energy();
     void take_forces();
     Eigen::Matrix3Xd positions_in(const log_table& table);
@@ -115,12 +116,33 @@ void assembly::take_geometry() {
     const bool same =
         archived.numbers == rows.numbers && (in_input_frame ? same_positions(archived.positions, rows.values)
                                                             : same_when_laid_on(archived.positions, rows.values));
+    if (!same) {
+        tell_of_other_geometry(rows, table.line);
+    }
     job_.molecule.numbers = std::move(rows.numbers);
     job_.molecule.positions = same ? archived.positions : rows.values;
     job_.decimals = same ? archive_decimals : table_decimals;
     if (!in_input_frame && !same && (last.axes_restored || !keeps_frame(job_.route))) {
         job_.in = frame::standard;
         notices_.push_back({table.line, "the last geometry stands in the log in the standard orientation only"});
+    }
+}
+
+/// The last table may be of a displacement (numerical frequencies) or of a step that was not taken.
+///   line  in  of the heading of the table
+void assembly::tell_of_other_geometry(const log_rows& rows, int line) {
+    const molecule& archived = from_.archive.molecule;
+    if (archived.numbers != rows.numbers || archived.positions.cols() == 0) {
+        return;
+    }
+    const double distance = superpose(archived.positions, rows.values).largest_distance;
+    if (distance > same_when_turned) {
+        notices_.push_back({line,
+                            "the geometry of this table is taken, the last one; that of the archive entry is another "
+                            "one, with an atom up to " +
+                                std::to_string(distance) +
+                                " angstrom away if they are laid on each other: make sure that the one taken is the "
+                                "one that you want"});
     }
 }
 

@@ -151,6 +151,35 @@ TEST(gaussian_log, an_archive_entry_of_another_geometry_is_not_taken) {
     EXPECT_EQ(read(text).log.job.molecule.positions(0, 0), 0.123457);
 }
 
+TEST(gaussian_log, tells_of_an_archive_entry_of_another_geometry) {
+    const std::string begin =
+        "the geometry of this table is taken, the last one; that of the archive entry is another one, with an atom up "
+        "to ";
+    const std::string end =
+        " angstrom away if they are laid on each other: make sure that the one taken is the one that you want";
+    twin_job twin = support::one_point({2, 2}, Eigen::Matrix3Xd::Zero(3, 2), Eigen::Matrix3Xd::Zero(3, 2));
+    twin.points[0].positions(2, 1) = 3.0123456789;
+    const std::string text = log_text({.jobs = {twin}});
+    EXPECT_TRUE(read(text).notices.empty());
+    // Laid on each other with their middles, each of the two atoms is off by half of the difference.
+    const outcome found = read(replaced(text, "3.0123456789", "3.0163456789"));
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].line, line_of(text, "Center     Atomic      Atomic"));
+    EXPECT_EQ(found.notices[0].text, begin + "0.002000" + end);
+    EXPECT_EQ(found.log.job.molecule.positions(2, 1), 3.012346);
+    EXPECT_TRUE(read(replaced(text, "3.0123456789", "3.0123556789")).notices.empty());  // no more than rounding may do
+
+    twin.route = "#p hf/3-21g";
+    twin.standard = some_turn();
+    twin.input_tables = false;
+    const std::string standard = log_text({.jobs = {twin}});
+    EXPECT_TRUE(read(standard).notices.empty());
+    const outcome turned = read(replaced(standard, "3.0123456789", "3.0163456789"));
+    ASSERT_EQ(turned.notices.size(), 2U);
+    EXPECT_EQ(turned.notices[0].text, begin + "0.002000" + end);
+    EXPECT_EQ(turned.notices[0].line, line_of(standard, "Center     Atomic      Atomic"));
+}
+
 TEST(gaussian_log, carriage_returns_and_bars) {
     twin_log twin{.jobs = {water_job()}, .carriage_returns = true, .bars = true};
     const gaussian::log_job job = read(log_text(twin)).log.job;
