@@ -47,6 +47,11 @@ bool is_kept_of_geometry(const route_option& option) {
     return is_connectivity(option) || begins_with_any(option.name, {"crowd", "nocrowd", "notest", "printinput"});
 }
 
+/// Whether an option of `guess` takes the orbitals of a checkpoint file.
+bool reads_orbitals(const route_option& option) {
+    return is_one_of(option.name, {"read", "check", "checkpoint", "chk"});
+}
+
 /// Whether an option begins with "read" and takes from a checkpoint file, not from a section.
 bool reads_checkpoint(const route_option& option) {
     return begins_with_any(option.name, {"readfc", "readcart", "readnormal", "readint"});
@@ -257,7 +262,12 @@ void check_keyword(const route_keyword& keyword, const std::string& place) {
         (keyword.name() == "guess" && option_of(keyword, {"fragment"}) != nullptr)) {
         refuse(place, shown + " needs fragments, which cannot be kept; give a route without it with --route");
     }
-    if (has_part(keyword, {"chkbas", "chkbasis", "restart"}) || option_of(keyword, {"chkbas", "restart"}) != nullptr ||
+    // Orbitals are exchanged by their numbers among those that are read; the jobs will start from others.
+    const bool exchanges_read_orbitals =
+        keyword.name() == "guess" && option_of(keyword, {"alter", "permute"}) != nullptr &&
+        std::any_of(keyword.parts.front().options.begin(), keyword.parts.front().options.end(), reads_orbitals);
+    if (exchanges_read_orbitals || has_part(keyword, {"chkbas", "chkbasis", "restart"}) ||
+        option_of(keyword, {"chkbas", "restart"}) != nullptr ||
         (keyword.name() != "guess" && option_of(keyword, {"check", "chk"}) != nullptr)) {
         refuse_checkpoint(place, keyword);
     }
@@ -310,7 +320,7 @@ void add_geometry(const route_keyword& keyword, bool keep_connectivity, route& r
 /// Keeps what can stay of `guess`: there will be no orbitals to read, and the job has to go on after the guess.
 void add_guess(const route_keyword& keyword, int line, route& ready, std::vector<notice>& notices) {
     const auto is_kept = [&](const route_option& option) {
-        if (is_one_of(option.name, {"read", "check", "checkpoint", "chk"})) {
+        if (reads_orbitals(option)) {
             notices.push_back({line, quoted(option.text) + " of " + quoted(keyword.text) +
                                          " left out: the jobs have no checkpoint file to read a guess from"});
             return false;

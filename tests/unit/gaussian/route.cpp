@@ -175,6 +175,13 @@ TEST(route, becomes_ready) {
         {"# hf units=bohr", "# hf force nosymm|'units=bohr' left out: coordinates are written in angstrom"},
         {"# hf pop=nbo SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine",
          "# hf pop=nbo SCRF=(SMD,solvent=Water) EmpiricalDispersion=GD3BJ int=ultrafine force nosymm"},
+        {"# hf guess=(Read,Alter)",
+         "r:1: 'guess=(Read,Alter)' reads a checkpoint file, which the jobs will not have; give a route without it "
+         "with --route|standard error|2"},
+        {"# hf guess(permute,checkpoint)",
+         "r:1: 'guess(permute,checkpoint)' reads a checkpoint file, which the jobs will not have; give a route without "
+         "it with --route|standard error|2"},
+        {"# hf guess=(mix,alter)", "# hf guess=(mix,alter) force nosymm"},
         {"# b3lyp/chkbasis",
          "r:1: 'b3lyp/chkbasis' reads a checkpoint file, which the jobs will not have; give a route without it "
          "with --route|standard error|2"},
