@@ -77,7 +77,7 @@ bool is_xyz(std::string_view text) {
     }
     double position[3];
     next_word(line);
-    return next_three_reals(line, position);
+    return !decimal_comma(line).empty() || next_three_reals(line, position);  // the reader tells of commas
 }
 
 }  // namespace

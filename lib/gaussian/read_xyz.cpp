@@ -68,6 +68,9 @@ xyz_contents read_xyz(source& from) {
             const int number = number_or_symbol(symbol);
             double position[3];
             if (number == 0 || !next_three_reals(rest, position)) {
+                if (const std::string_view word = decimal_comma(line); !word.empty()) {
+                    from.refuse("expected a decimal point, found a comma in '" + base::shown(word) + "'");
+                }
                 from.refuse("expected a symbol or an atomic number and x, y and z, found '" +
                             base::shown(without_blanks(line)) + "'");
             }

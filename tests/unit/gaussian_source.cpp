@@ -50,6 +50,7 @@ TEST(gaussian_source, kinds) {
     EXPECT_EQ(kind(input + std::string(9 - 8, '\n') + atoms), source_kind::checkpoint);
     EXPECT_EQ(kind(xyz), source_kind::xyz);
     EXPECT_EQ(kind("\n  2 \n\n1 0.0 0.0 0.0 0.5\n"), source_kind::xyz);
+    EXPECT_EQ(kind("2\ncomment\nH 0 0 0,74\n"), source_kind::xyz);
     EXPECT_EQ(kind("2\ncomment\nH 0 0\n"), source_kind::unknown);
     EXPECT_EQ(kind("2 3\ncomment\nH 0 0 0\n"), source_kind::unknown);
     EXPECT_EQ(kind(""), source_kind::unknown);

@@ -39,8 +39,9 @@ TEST(read_xyz, refusals) {
         {"2000000000\n\nH 0 0 0\n", "mol.xyz:3: expected 2000000000 atoms of the frame that begins in line 1, found 1"},
         {"1\n", "mol.xyz:1: expected 1 atoms of the frame that begins in line 1, found 0"},
         {"1\n\nH 0 0\n", "mol.xyz:3: expected a symbol or an atomic number and x, y and z, found 'H 0 0'"},
-        {"1\n\nH 0,1 0,2 0,3\n",
-         "mol.xyz:3: expected a symbol or an atomic number and x, y and z, found 'H 0,1 0,2 0,3'"},
+        {"1\n\nH 0,1 0,2 0,3\n", "mol.xyz:3: expected a decimal point, found a comma in '0,1'"},
+        {"2\n\n1 0 0 0\n1\t0.0 0 -0,74\r\n", "mol.xyz:4: expected a decimal point, found a comma in '-0,74'"},
+        {"1\n\nH,0,1,2\n", "mol.xyz:3: expected a symbol or an atomic number and x, y and z, found 'H,0,1,2'"},
         {"1\n\nQq 0 0 0\n", "mol.xyz:3: expected a symbol or an atomic number and x, y and z, found 'Qq 0 0 0'"},
         {"2\n\nO 0 0 0\nD 0 0 1\n",
          "mol.xyz:4: 'D' is an isotope, which does not change the forces; expected the element's symbol alone, and the "
