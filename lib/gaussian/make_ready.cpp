@@ -460,6 +460,9 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
             notices.push_back({source.route_line, quoted(keyword.text) +
                                                       " left out: the geometry is taken as it is, make sure that it is "
                                                       "optimised already"});
+        } else if (is_path(keyword)) {
+            notices.push_back({source.route_line,
+                               quoted(keyword.text) + " left out: make sure that the geometry is a stationary point"});
         }
     }
     const std::string in_space = fixed_in_space(ready);

@@ -61,6 +61,9 @@ struct reader {
     std::unordered_map<std::string, int> labels;  ///< numbers of the atoms; 0: of several
     values_by_name values;
     bool has_values_heading = false;
+    bool are_constants = false;  ///< the values that are being read
+    int first_fixed_line = 0;    ///< of the first value that is not optimised; 0: none
+    std::string first_fixed{};   ///< that line
 
     dropped names{"label of an atom"};
     dropped types{"molecular-mechanics type of an atom"};
@@ -78,8 +81,10 @@ bool is_name(std::string_view field) { return !field.empty() && (is_letter(field
 
 bool is_layer(std::string_view field) { return is_one_of(field, {"h", "m", "l", "high", "medium", "low"}); }
 
-bool is_variables_heading(std::string_view text) {
-    return is_one_of(text, {"variables:", "constants:", "variables", "constants"});
+bool is_constants_heading(std::string_view text) { return is_one_of(text, {"constants:", "constants"}); }
+
+bool is_values_heading(std::string_view text) {
+    return is_one_of(text, {"variables:", "variables"}) || is_constants_heading(text);
 }
 
 /// Whether an integer is one of zeros only.
@@ -239,6 +244,14 @@ void read_atom(reader& in) {
     }
 }
 
+/// Remembers the first value that an optimisation keeps or a scan changes.
+void add_fixed(reader& in) {
+    if (in.first_fixed_line == 0) {
+        in.first_fixed_line = in.here.line().number;
+        in.first_fixed = in.here.line().text;
+    }
+}
+
 /// Reads a line `name=value` or `name value`, with what a scan or an optimisation wants of it.
 void read_value(reader& in) {
     refuse_decimal_comma(in);
@@ -260,15 +273,21 @@ void read_value(reader& in) {
     if (const auto [entry, is_new] = in.values.try_emplace(lower(fields[0]), value); entry->second != value) {
         in.stop("expected one value for '" + base::shown(fields[0]) + "', found a second one");
     }
-    if (fields.size() > 2) {
+    if (in.are_constants || (fields.size() > 2 && is_one_of(fields[2], {"f", "s"}))) {
+        add_fixed(in);
+    } else if (fields.size() > 2) {
         in.extras.add(in.here.line().number);
     }
 }
 
 /// Reads the lines up to the next blank one: values, with headings among them or none.
-void read_values(reader& in) {
+///   are_constants  in  what they are where no heading says it
+void read_values(reader& in, bool are_constants) {
+    in.are_constants = are_constants;
     for (; !in.here.ended() && !in.here.line().is_blank(); ++in.here.at) {
-        if (!in.here.line().is_comment() && !is_variables_heading(in.here.line().text)) {
+        if (is_values_heading(in.here.line().text)) {
+            in.are_constants = is_constants_heading(in.here.line().text);
+        } else if (!in.here.line().is_comment()) {
             read_value(in);
         }
     }
@@ -300,7 +319,7 @@ void read_blocks_of_values(reader& in) {
             ++next.at;
         }
         const bool has_more = !next.ended() && !next.line().is_blank();
-        const bool has_heading = has_more && is_variables_heading(next.line().text);
+        const bool has_heading = has_more && is_values_heading(next.line().text);
         if (unknown == nullptr && !has_heading) {
             return;
         }
@@ -309,7 +328,7 @@ void read_blocks_of_values(reader& in) {
                                   base::shown(unknown->name) + "' below the atoms, found none");
         }
         in.here.at = next.at;
-        read_values(in);
+        read_values(in, blocks > 0);  // constants stand behind the variables
     }
 }
 
@@ -362,9 +381,9 @@ void read_molecule(cursor& here, const input_units& units, input& job, std::vect
         if (here.line().is_comment()) {
             continue;
         }
-        if (is_variables_heading(here.line().text)) {
+        if (is_values_heading(here.line().text)) {
             in.has_values_heading = true;
-            read_values(in);
+            read_values(in, false);
             break;
         }
         read_atom(in);
@@ -389,6 +408,11 @@ void read_molecule(cursor& here, const input_units& units, input& job, std::vect
     for (const dropped* kind :
          {&in.names, &in.types, &in.fragments, &in.residues, &in.moments, &in.frozen, &in.extras}) {
         kind->tell(notices);
+    }
+    if (in.first_fixed_line != 0) {
+        notices.push_back(
+            {in.first_fixed_line,
+             quoted(in.first_fixed) + " is frozen or scanned: make sure that the geometry is a stationary point"});
     }
     job.first_type_line = in.types.line;
     job.first_fragment_line = in.fragments.line != 0 ? in.fragments.line : job.first_fragment_line;

@@ -457,9 +457,13 @@ std::vector<section_claim> claims_of(const route& job) {
     return claims;
 }
 
+bool is_path(const route_keyword& keyword) {
+    return is_one_of(keyword.name(), {"scan", "admp", "bomd"}) || begins_with_any(keyword.name(), {"irc", "traj"});
+}
+
 std::string may_end_elsewhere(const route& job) {
     for (const route_keyword& keyword : job.keywords) {
-        if (is_one_of(keyword.name(), {"scan", "admp", "bomd"}) || begins_with_any(keyword.name(), {"irc", "traj"})) {
+        if (is_path(keyword)) {
             return keyword.text;
         }
     }

@@ -41,6 +41,9 @@ bool is_job_type(const route_keyword& keyword);
 /// Whether a keyword optimises the geometry.
 bool is_optimization(const route_keyword& keyword);
 
+/// Whether a keyword moves the atoms along a path, which does not end at a stationary point.
+bool is_path(const route_keyword& keyword);
+
 /// Whether a word by itself can only be an option of a job type.
 bool is_stray_option(const route_keyword& keyword);
 

@@ -177,6 +177,14 @@ TEST(make_ready, tells_of_coordinates_that_were_frozen_or_scanned) {
     EXPECT_EQ(told("freq=readiso", "B 1 2 F").find("stationary"), std::string::npos);
 }
 
+TEST(make_ready, tells_of_jobs_that_move_the_atoms_along_a_path) {
+    for (const std::string keyword : {"scan", "IRC=(calcfc,maxpoints=20)", "ircmax", "admp", "BOMD", "trajectory"}) {
+        EXPECT_EQ(prepare(job("# hf " + keyword, "")).notices,
+                  "1 '" + keyword + "' left out: make sure that the geometry is a stationary point\n");
+    }
+    EXPECT_EQ(prepare(job("# hf freq polar", "")).notices, "");
+}
+
 TEST(make_ready, tells_of_atoms_of_one_element_with_different_basis_sets) {
     const auto told = [](const std::string& line, const std::string& rest) {
         return prepare(job("# hf/gen", "\n" + line + "\n6-31G\n****\n" + rest + "\n3-21G\n****\n\n",

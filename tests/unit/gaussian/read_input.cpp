@@ -309,6 +309,30 @@ TEST(read_input, tells_what_it_dropped_and_where) {
               "6 freeze code of an atom dropped, here and in 1 more line\n");
 }
 
+TEST(read_input, tells_of_values_that_are_frozen_or_scanned) {
+    const auto told = [](const std::string& values) {
+        std::vector<gaussian::notice> notices;
+        read("# hf opt\n\nt\n\n0 1\nO\nH 1 r\nH 1 r 2 a\n" + values, notices);
+        std::string text;
+        for (const gaussian::notice& one : notices) {
+            text += std::to_string(one.line) + " " + one.text + "\n";
+        }
+        return text;
+    };
+    const std::string fixed = " is frozen or scanned: make sure that the geometry is a stationary point\n";
+    EXPECT_EQ(told("\nr 0.96 F\na=104.5\n"), "10 'r 0.96 F'" + fixed);
+    EXPECT_EQ(told("\nr 0.96\na=104.5,s,5,0.1\n"), "11 'a=104.5,s,5,0.1'" + fixed);
+    EXPECT_EQ(told("\nr 0.96 f\na=104.5 F\n"), "10 'r 0.96 f'" + fixed);
+    EXPECT_EQ(told("\nr=0.96\n\na=104.5\n"), "12 'a=104.5'" + fixed);
+    EXPECT_EQ(told("Variables:\nr=0.96\n\na=104.5\n"), "12 'a=104.5'" + fixed);
+    EXPECT_EQ(told("Variables:\nr=0.96\nCONSTANTS\na=104.5\n"), "12 'a=104.5'" + fixed);
+    EXPECT_EQ(told("constants:\na=104.5\nvariables:\nr=0.96\n"), "10 'a=104.5'" + fixed);
+    EXPECT_EQ(told("\nConstants:\n! both\nr=0.96\na=104.5\n"), "12 'r=0.96'" + fixed);
+    EXPECT_EQ(told("\nr=0.96\na=104.5 D=0.1\n"), "11 what stands after the value of a variable dropped\n");
+    EXPECT_EQ(told("\nr=0.96\na=104.5\n"), "");
+    EXPECT_EQ(told("Variables:\nr=0.96\n\nVariables:\na=104.5\n"), "");
+}
+
 TEST(read_input, reads_a_large_molecule_in_linear_time) {
     std::string text = head;
     constexpr int atoms = 50000;
