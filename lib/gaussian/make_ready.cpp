@@ -346,7 +346,7 @@ std::vector<bool> named_atoms(const input& source, std::string_view line, const 
     return all_are_like_others ? std::vector<bool>{} : listed;
 }
 
-bool has_word(std::string_view line, std::string_view word) {
+bool mentions(std::string_view line, std::string_view word) {
     return lower(line.substr(0, line.find('!'))).find(word) != std::string::npos;
 }
 
@@ -359,7 +359,7 @@ void check_line(const input& source, const section& kept, std::size_t i, const n
         stop_at(source.name, line,
                 "found " + quoted(text) + " after the molecule, which would be taken for the route; take the line out");
     }
-    if (has_word(text, "extrasph")) {
+    if (mentions(text, "extrasph")) {
         stop_at(
             source.name, line,
             "found " + quoted(stripped(text)) + ", whose spheres are fixed in space and cannot be kept; take them out");
@@ -391,7 +391,7 @@ void check_lines(const input& source, const route& ready, const std::vector<sect
             check_line(source, kept, i, what, notices);
         }
         radii_follow = std::any_of(kept.lines.begin(), kept.lines.end(),
-                                   [](const std::string& line) { return has_word(line, "modifysph"); });
+                                   [](const std::string& line) { return mentions(line, "modifysph"); });
     }
 }
 
