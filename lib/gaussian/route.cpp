@@ -114,7 +114,7 @@ void check_quoted(std::string_view text, const std::string& place) {
     for (std::size_t i = 1; i < text.size(); ++i) {
         const std::size_t before = text.find_last_not_of(" \t", i - 1);
         if ((text[i] != '\'' && text[i] != '"') || before == std::string_view::npos ||
-            (text[before] != '=' && text[before] != '(')) {
+            std::string_view("=(,").find(text[before]) == std::string_view::npos) {
             continue;
         }
         const std::string_view quoted = text.substr(i, text.find(text[i], i + 1) - i);

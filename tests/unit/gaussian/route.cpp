@@ -168,6 +168,9 @@ TEST(route, becomes_ready) {
         {"# external = 'run.sh opt' hf",
          "r:1: expected no blanks between quotation marks in the route, found 'run.sh opt'; call a script without "
          "arguments|standard error|2"},
+        {"# hf guess=(read,'ix) scf=tight",
+         "r:1: expected no blanks between quotation marks in the route, found 'ix) scf=tight'; call a script without "
+         "arguments|standard error|2"},
         {"# hf charge=(angstroms,StandardOrientation)",
          "r:1: 'charge=(angstroms,StandardOrientation)' has its charges in the standard orientation, which the jobs "
          "will not have; give them in the frame of the input|standard error|2"},
