@@ -111,14 +111,15 @@ route_part part_of(std::string_view text) {
 
 /// Stops the run at a text between quotation marks that would be taken apart. A mark elsewhere is a prime.
 void check_quoted(std::string_view text, const std::string& place) {
+    constexpr std::string_view blanks = " \t\r\n\v\f";
     for (std::size_t i = 1; i < text.size(); ++i) {
-        const std::size_t before = text.find_last_not_of(" \t", i - 1);
+        const std::size_t before = text.find_last_not_of(blanks, i - 1);
         if ((text[i] != '\'' && text[i] != '"') || before == std::string_view::npos ||
             std::string_view("=(,").find(text[before]) == std::string_view::npos) {
             continue;
         }
         const std::string_view quoted = text.substr(i, text.find(text[i], i + 1) - i);
-        if (quoted.find_first_of(" \t") != std::string_view::npos) {
+        if (quoted.find_first_of(blanks) != std::string_view::npos) {
             throw base::run_error(place + ": expected no blanks between quotation marks in the route, found '" +
                                   base::shown(quoted.substr(1)) + "'; call a script without arguments");
         }
