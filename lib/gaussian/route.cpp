@@ -118,10 +118,15 @@ void check_quoted(std::string_view text, const std::string& place) {
             std::string_view("=(,").find(text[before]) == std::string_view::npos) {
             continue;
         }
-        const std::string_view quoted = text.substr(i, text.find(text[i], i + 1) - i);
+        const std::size_t end = text.find(text[i], i + 1);
+        const std::string_view quoted = text.substr(i, end - i);
         if (quoted.find_first_of(blanks) != std::string_view::npos) {
             throw base::run_error(place + ": expected no blanks between quotation marks in the route, found '" +
                                   base::shown(quoted.substr(1)) + "'; call a script without arguments");
+        }
+        if (end == std::string_view::npos) {
+            throw base::run_error(place + ": expected a second quotation mark in the route, found '" +
+                                  base::shown(quoted) + "'");
         }
     }
 }
