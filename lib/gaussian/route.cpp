@@ -109,13 +109,13 @@ route_part part_of(std::string_view text) {
     return part;
 }
 
-/// Stops the run at a text between quotation marks that would be taken apart. A mark elsewhere is a prime.
+/// Stops the run at a text between quotation marks that would be taken apart. A mark within a word is a prime.
 void check_quoted(std::string_view text, const std::string& place) {
     constexpr std::string_view blanks = " \t\r\n\v\f";
     for (std::size_t i = 1; i < text.size(); ++i) {
-        const std::size_t before = text.find_last_not_of(blanks, i - 1);
-        if ((text[i] != '\'' && text[i] != '"') || before == std::string_view::npos ||
-            std::string_view("=(,").find(text[before]) == std::string_view::npos) {
+        const bool begins_a_word = blanks.find(text[i - 1]) != std::string_view::npos ||
+                                   std::string_view("=(,").find(text[i - 1]) != std::string_view::npos;
+        if ((text[i] != '\'' && text[i] != '"') || !begins_a_word) {
             continue;
         }
         const std::size_t end = text.find(text[i], i + 1);
@@ -128,6 +128,7 @@ void check_quoted(std::string_view text, const std::string& place) {
             throw base::run_error(place + ": expected a second quotation mark in the route, found '" +
                                   base::shown(quoted) + "'");
         }
+        i = end;
     }
 }
 
