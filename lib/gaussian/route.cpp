@@ -113,7 +113,7 @@ route_part part_of(std::string_view text) {
 void check_quoted(std::string_view text, const std::string& place) {
     constexpr std::string_view blanks = " \t\r\n\v\f";
     for (std::size_t i = 1; i < text.size(); ++i) {
-        const bool begins_a_word = blanks.find(text[i - 1]) != std::string_view::npos ||
+        const bool begins_a_word = i == 1 || blanks.find(text[i - 1]) != std::string_view::npos ||
                                    std::string_view("=(,").find(text[i - 1]) != std::string_view::npos;
         if ((text[i] != '\'' && text[i] != '"') || !begins_a_word) {
             continue;
