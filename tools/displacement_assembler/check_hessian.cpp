@@ -1,9 +1,6 @@
-#include <array>
-#include <cmath>
-#include <cstdio>
-
 #include "analysis.hpp"
 #include "base/error.hpp"
+#include "printed.hpp"
 
 namespace displacement_generator::assembler {
 
@@ -19,12 +16,6 @@ constexpr double stiffest = 15.0;
 /// The sum of the diagonal (hartree/bohr^2) grows with the electrons at the nuclei, and is positive but for noise.
 constexpr double least_sum = -0.01;
 
-std::string number(double value) {
-    std::array<char, 64> text{};
-    static_cast<void>(std::snprintf(text.data(), text.size(), "%.3g", value));
-    return text.data();
-}
-
 [[noreturn]] void refuse(const std::string& place, const std::string& what) {
     throw base::run_error(place + ": " + what, base::message_stream::standard_error, 1);
 }
@@ -37,8 +28,8 @@ void check_hessian(const std::string& place, const analysis& made, bool is_plain
     const vibration::hessian_result& found = made.hessian;
     if (found.largest_asymmetry > largest_asymmetry(made.longest_step)) {
         refuse(place, "expected the forces of one potential, found a Hessian with an asymmetry of " +
-                          number(found.largest_asymmetry) + " hartree/bohr^2 between " + coordinate_name(found.row) +
-                          " and " + coordinate_name(found.column) +
+                          printed("%.3g", found.largest_asymmetry) + " hartree/bohr^2 between " +
+                          coordinate_name(found.row) + " and " + coordinate_name(found.column) +
                           "; results of these points, or of those from which they follow, are of another geometry, "
                           "frame or unit, or no exact gradients");
     }
@@ -47,11 +38,11 @@ void check_hessian(const std::string& place, const analysis& made, bool is_plain
     }
     Eigen::Index c = 0;
     if (const double largest = found.hessian.diagonal().maxCoeff(&c); largest > stiffest) {
-        refuse(place, "expected forces in hartree/bohr, found a Hessian with " + number(largest) +
+        refuse(place, "expected forces in hartree/bohr, found a Hessian with " + printed("%.3g", largest) +
                           " hartree/bohr^2 for " + coordinate_name(c) + "; the .forces files are of another unit");
     }
     if (const double sum = found.hessian.trace(); sum < least_sum) {
-        refuse(place, "expected forces, found a Hessian whose diagonal has the sum " + number(sum) +
+        refuse(place, "expected forces, found a Hessian whose diagonal has the sum " + printed("%.3g", sum) +
                           " hartree/bohr^2; the .forces files hold gradients, which have the other sign");
     }
 }

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <cstdio>
 #include <exception>
 #include <string_view>
 #include <utility>
@@ -9,6 +8,7 @@
 #include "gaussian/route.hpp"
 #include "geometry.hpp"
 #include "in_parallel.hpp"
+#include "printed.hpp"
 
 namespace displacement_generator::assembler {
 
@@ -17,12 +17,6 @@ namespace {
 /// The list has six decimals of dx, and both coordinates whose difference is the step have eight.
 constexpr double step_rounding = 0.5e-6 + 2 * 0.5e-8 + 1e-10;
 constexpr std::string_view axis_names = "xyz";
-
-std::string decimals(double value) {
-    char text[64];
-    static_cast<void>(std::snprintf(text, sizeof text, "%.8f", value));
-    return text;
-}
 
 /// The unit of lengths that a route asks for, in angstrom.
 double unit_of(const geometry& from, const std::string& place) {
@@ -60,8 +54,8 @@ double step_of(const std::string& name, const geometry& displaced, const geometr
         const double allowed = c != own ? 0.0 : step_rounding;
         if (!(std::abs(moved.reshaped()(c) - expected) <= allowed)) {
             throw base::run_error(name + ":" + std::to_string(displaced.first_atom_line + static_cast<int>(c / 3)) +
-                                  ": expected " + coordinate_name(c) + " to be moved by " + decimals(expected) +
-                                  " from the reference, found " + decimals(moved.reshaped()(c)));
+                                  ": expected " + coordinate_name(c) + " to be moved by " + printed("%.8f", expected) +
+                                  " from the reference, found " + printed("%.8f", moved.reshaped()(c)));
         }
     }
     return moved.reshaped()(own);

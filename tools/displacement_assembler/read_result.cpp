@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <string_view>
 
 #include "base/error.hpp"
@@ -15,6 +14,7 @@
 #include "gaussian/superpose.hpp"
 #include "gaussian/symbols.hpp"
 #include "gaussian/words.hpp"
+#include "printed.hpp"
 #include "result.hpp"
 
 namespace displacement_generator::assembler {
@@ -28,19 +28,6 @@ constexpr double conversion = 1e-7;
 constexpr double same_when_turned = 2e-5;
 constexpr double off_when_turned = 1e-3;
 
-/// A route that can be compared: small letters, single blanks.
-std::string plain_route(std::string_view route) {
-    std::string plain;
-    for (std::string_view word = gaussian::next_word(route); !word.empty(); word = gaussian::next_word(route)) {
-        plain += plain.empty() ? "" : " ";
-        plain += word;
-    }
-    for (char& c : plain) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return plain;
-}
-
 /// Method and basis in the letter case of a route, cut to the columns that a checkpoint has for them.
 std::string plain_method(std::string_view method, std::string_view basis) {
     constexpr std::size_t columns = 30;
@@ -50,11 +37,7 @@ std::string plain_method(std::string_view method, std::string_view basis) {
     return plain_route(method.substr(0, columns)) + "/" + plain_route(basis.substr(0, columns));
 }
 
-std::string point_text(const Eigen::Vector3d& at) {
-    std::array<char, 128> text{};
-    static_cast<void>(std::snprintf(text.data(), text.size(), "(%.6f, %.6f, %.6f)", at(0), at(1), at(2)));
-    return text.data();
-}
+std::string point_text(const Eigen::Vector3d& at) { return printed("(%.6f, %.6f, %.6f)", at(0), at(1), at(2)); }
 
 void check_atoms(const std::string& place, const std::vector<int>& numbers, const expected_geometry& expected) {
     if (numbers.size() != expected.numbers.size()) {
@@ -187,6 +170,18 @@ constexpr std::array kinds = {kind{".log", read_log}, kind{".out", read_log}, ki
                               kind{".forces", read_plain_forces}};
 
 }  // namespace
+
+std::string plain_route(std::string_view route) {
+    std::string plain;
+    for (std::string_view word = gaussian::next_word(route); !word.empty(); word = gaussian::next_word(route)) {
+        plain += plain.empty() ? "" : " ";
+        plain += word;
+    }
+    for (char& c : plain) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return plain;
+}
 
 std::string find_result(const std::string& stem) {
     for (const kind& next : kinds) {

@@ -200,8 +200,7 @@ void gathering::check_energies(std::vector<std::string>& refusals) {
             longest = std::max(longest, std::abs(step));
         }
     }
-    const auto is_plain = [](const summary& one) { return one.route.empty() && one.method.empty(); };
-    if (points.empty() && std::all_of(summaries_.begin(), summaries_.end(), is_plain)) {
+    if (points.empty() && found_.are_plain) {
         found_.notices.emplace_back(
             "the .forces files hold no energies: nothing shows whether they are of these geometries");
         return;
@@ -219,6 +218,8 @@ void gathering::check_energies(std::vector<std::string>& refusals) {
 results gathering::finish(std::vector<std::string>& refusals) {
     check_routes();
     check_methods();
+    found_.are_plain =
+        std::all_of(summaries_.begin(), summaries_.end(), [](const summary& one) { return is_plain(one.file); });
     std::vector<std::string> of_energies;
     check_energies(of_energies);
     for (std::size_t i = 0; i < summaries_.size(); ++i) {

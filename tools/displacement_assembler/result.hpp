@@ -3,11 +3,18 @@
 #include <Eigen/Core>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "geometry.hpp"
 
 namespace displacement_generator::assembler {
+
+/// Whether a result is a `.forces` file, which a script has written.
+inline bool is_plain(std::string_view file) { return file.ends_with(".forces"); }
+
+/// A route in small letters with single blanks.
+std::string plain_route(std::string_view route);
 
 /// What was computed at one geometry, in atomic units and in the frame of its geometry file.
 struct result {
@@ -52,6 +59,7 @@ struct results {
     int missing = 0;            ///< how many files of the list have no result
     std::string route;          ///< of all that have one, as result::route; empty where no file holds one
     std::string method;         ///< of all that have one, as result::method, where a file has this and no route
+    bool are_plain = true;      ///< whether all are `.forces` files
     std::size_t described = 0;  ///< how many results have the route or the method
 };
 

@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <array>
-#include <cstdio>
 #include <string_view>
 #include <vector>
 
@@ -12,6 +10,7 @@
 #include "companion/program.hpp"
 #include "gaussian/checkpoint.hpp"
 #include "new_files.hpp"
+#include "printed.hpp"
 #include "progress.hpp"
 
 namespace displacement_generator::assembler {
@@ -49,25 +48,13 @@ void check_refusals(const std::string& list_path, const std::vector<std::string>
                           base::message_stream::standard_error, 1);
 }
 
-/// A route in small letters with single blanks.
-std::string plain(std::string_view route) {
-    std::string text;
-    for (const char c : route) {
-        const bool is_gap = c == ' ' || c == '\t';
-        if (!is_gap || (!text.empty() && text.back() != ' ')) {
-            text += is_gap ? ' ' : c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-        }
-    }
-    return text;
-}
-
 std::string notices(const std::string& list_path, const geometry_set& geometries, const results& found,
                     const analysis& made) {
     std::string text;
     const auto add = [&](const std::string& notice) { text += list_path + ": notice: " + notice + "\n"; };
-    if (!found.route.empty() && found.route != plain(geometries.reference.route)) {
+    if (!found.route.empty() && found.route != plain_route(geometries.reference.route)) {
         add("the route of the results is '" + base::shown(found.route, 200) + "', that of the .com files '" +
-            base::shown(plain(geometries.reference.route), 200) + "'");
+            base::shown(plain_route(geometries.reference.route), 200) + "'");
     }
     for (const std::string& notice : found.notices) {
         add(notice);
@@ -77,10 +64,9 @@ std::string notices(const std::string& list_path, const geometry_set& geometries
             "harmonic frequencies mean little there");
     }
     if (made.hessian.largest_asymmetry > 0.1 * largest_asymmetry(made.longest_step)) {
-        std::array<char, 32> asymmetry{};
-        static_cast<void>(std::snprintf(asymmetry.data(), asymmetry.size(), "%.4f", made.hessian.largest_asymmetry));
-        add("the Hessian has an asymmetry of " + std::string(asymmetry.data()) + " hartree/bohr^2 between " +
-            coordinate_name(made.hessian.row) + " and " + coordinate_name(made.hessian.column) +
+        add("the Hessian has an asymmetry of " + printed("%.4f", made.hessian.largest_asymmetry) +
+            " hartree/bohr^2 between " + coordinate_name(made.hessian.row) + " and " +
+            coordinate_name(made.hessian.column) +
             ": forces of these points, or of those from which they follow, do not belong to one potential, or the step "
             "is too large, or too small for the noise of the forces");
     }
@@ -173,7 +159,7 @@ void run(const options& asked) {
                    list.files.size() - static_cast<std::size_t>(found.missing));
 
     const analysis made = analysis_of(masses, list, geometries, found);
-    check_hessian(base::shown(list_path, list_path.size()), made, found.described == 0);
+    check_hessian(base::shown(list_path, list_path.size()), made, found.are_plain);
     new_files files;
     if (!asked.molden.empty()) {
         files.write(asked.molden, molden_text(list, made));

@@ -1,26 +1,14 @@
-#include <array>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <string_view>
 
 #include "analysis.hpp"
 #include "base/error.hpp"
 #include "gaussian/symbols.hpp"
+#include "printed.hpp"
 
 namespace displacement_generator::assembler {
 
 namespace {
-
-// NOLINTNEXTLINE(cert-dcl50-cpp): the layouts are those of printf
-[[gnu::format(printf, 1, 2)]] std::string printed(const char* format, ...) {
-    std::array<char, 512> text{};
-    va_list arguments;
-    va_start(arguments, format);
-    static_cast<void>(std::vsnprintf(text.data(), text.size(), format, arguments));
-    va_end(arguments);
-    return text.data();
-}
 
 /// "C2v" of the list's "C2V".
 std::string group_name(std::string_view label) {
