@@ -132,7 +132,8 @@ TEST(energies, a_single_stale_result_is_refused) {
 TEST(energies, those_of_another_level_refuse_no_log) {
     const water_folder water;
     for (const char* route : {"#p td(nstates=3)/b3lyp/6-31g* force nosymm", "#p rcis/6-31g* force nosymm",
-                              "#p oniom(b3lyp/6-31g*:uff) force nosymm", "#p ub2plypd3/cc-pvdz force nosymm"}) {
+                              "#p oniom(b3lyp/6-31g*:uff) force nosymm", "#p ub2plypd3/cc-pvdz force nosymm",
+                              "#p rob2plyp/cc-pvdz force nosymm"}) {
         SCOPED_TRACE(route);
         // The field's energy differs along one bond only.
         water.write_logs(
@@ -176,6 +177,8 @@ TEST(energies, files_without_any_are_told_of) {
         done.standard_error.starts_with("PES-0/files.out: notice: the .forces files hold no energies: nothing "
                                         "shows whether they are of these geometries\n"))
         << done.standard_error;
+    water.write_logs([](const std::string& /*unused*/, support::twin_point& point) { point.energy.reset(); });
+    EXPECT_EQ(assemble().standard_error.find("energies"), std::string::npos) << assemble().standard_error;
 }
 
 TEST(energies, a_reference_of_another_calculation_is_refused) {

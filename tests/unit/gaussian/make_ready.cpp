@@ -399,6 +399,9 @@ TEST(make_ready, takes_another_route) {
             .append(found)
             .append("; give the input the sections of this route|standard error|2");
     };
+    // What goes with a job type is no section of the source's own route; what stands at the end unasked stays there.
+    EXPECT_EQ(prepare(job("# hf/gen opt=modredundant", "\nB 1 2 F\n\n" + basis + "unasked\n\n"), "# mp2/gen").text,
+              ready("# mp2/gen force nosymm", basis + "unasked\n\n"));
     const std::string solvent = "eps=4.9\n\n";
     EXPECT_EQ(prepare(job("# hf scrf=read", "\n" + solvent), "# mp2 scrf=(pcm,read)").text,
               ready("# mp2 scrf=(pcm,read) force nosymm", solvent));

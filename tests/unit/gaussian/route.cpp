@@ -168,6 +168,10 @@ TEST(route, becomes_ready) {
         {"# external = 'run.sh opt' hf",
          "r:1: expected no blanks between quotation marks in the route, found 'run.sh opt'; call a script without "
          "arguments|standard error|2"},
+        {"# external='run=' hf", "# external='run=' hf force nosymm"},
+        {"#'run.sh opt' hf",
+         "r:1: expected no blanks between quotation marks in the route, found 'run.sh opt'; call a script without "
+         "arguments|standard error|2"},
         {"# hf external='run.sh",
          "r:1: expected a second quotation mark in the route, found ''run.sh'|standard error|2"},
         {"# hf guess=(read,'ix) scf=tight",
