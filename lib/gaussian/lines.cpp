@@ -27,7 +27,7 @@ std::vector<input_line> lines_of(std::string_view text, const std::string& name)
     return lines;
 }
 
-std::string place_of(const std::string& name, int line) { return name + ":" + std::to_string(line); }
+std::string place_of(const std::string& name, int line) { return line > 0 ? name + ":" + std::to_string(line) : name; }
 
 void stop_at(const std::string& name, int line, const std::string& what) {
     throw base::run_error(place_of(name, line) + ": " + what);

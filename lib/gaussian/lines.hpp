@@ -40,7 +40,7 @@ struct cursor {
     }
 };
 
-/// "NAME:LINE", which a message begins with.
+/// "NAME:LINE", which a message begins with; of line 0, that is of the whole file, "NAME".
 std::string place_of(const std::string& name, int line);
 
 /// Stops the run with "NAME:LINE: WHAT".

@@ -489,7 +489,7 @@ ready_input make_ready(const input& source, std::string_view replacement, std::v
 
 ready_input make_ready(const std::string& name, int line, std::string_view route, std::string_view title,
                        const molecule& atoms, std::vector<notice>& notices) {
-    const std::string place = line > 0 ? place_of(name, line) : name;
+    const std::string place = place_of(name, line);
     const gaussian::route job = parse_route(route, place);
     const gaussian::route ready = ready_route(job, false, place, line, notices);
     check_sections_exist(ready, place);

@@ -27,10 +27,6 @@ std::string counted(int count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-[[noreturn]] void stop(const std::string& name, int line, const std::string& what) {
-    throw base::run_error((line > 0 ? gaussian::place_of(name, line) : name) + ": " + what);
-}
-
 /// The title of an input that is made of a source without one.
 std::string made_title(const std::string& name) {
     const std::size_t slash = name.rfind('/');
@@ -42,7 +38,7 @@ std::string made_title(const std::string& name) {
 void make_ready(const options& asked, int line, const std::string& title, const gaussian::molecule& atoms,
                 source_molecule& result) {
     if (!result.old_route.empty()) {
-        const std::string place = line > 0 ? gaussian::place_of(result.name, line) : result.name;
+        const std::string place = gaussian::place_of(result.name, line);
         if (const std::string keyword = gaussian::may_end_elsewhere(gaussian::parse_route(result.old_route, place));
             !keyword.empty()) {
             result.notices.push_back(
@@ -70,11 +66,13 @@ void read_input(const options& asked, gaussian::source& from, source_molecule& r
 /// Stops the run where a log has centres that are no atoms of the molecule.
 void check_centres(const gaussian::log_job& job, const std::string& name) {
     if (job.ghosts > 0) {
-        stop(name, job.geometry_line, "found " + counted(job.ghosts, "ghost atom") + ", which cannot be kept");
+        gaussian::stop_at(name, job.geometry_line,
+                          "found " + counted(job.ghosts, "ghost atom") + ", which cannot be kept");
     }
     if (job.vectors > 0) {
-        stop(name, job.geometry_line,
-             "found " + counted(job.vectors, "translation vector") + "; only single molecules can be prepared");
+        gaussian::stop_at(
+            name, job.geometry_line,
+            "found " + counted(job.vectors, "translation vector") + "; only single molecules can be prepared");
     }
 }
 
@@ -86,9 +84,9 @@ void check_whole(const gaussian::log_job& job, const std::string& name) {
     for (const gaussian::route_keyword& keyword :
          gaussian::parse_route(job.route, gaussian::place_of(name, job.line)).keywords) {
         if (keyword.name() == "counterpoise" || keyword.name() == "counter") {
-            stop(name, job.line,
-                 "the last geometry may be that of a fragment, as '" + base::shown(keyword.text) +
-                     "' says; prepare the input of the job instead");
+            gaussian::stop_at(name, job.line,
+                              "the last geometry may be that of a fragment, as '" + base::shown(keyword.text) +
+                                  "' says; prepare the input of the job instead");
         }
     }
 }
@@ -107,12 +105,12 @@ void take_log_route(const options& asked, const gaussian::log_contents& log, sou
         return;
     }
     if (result.old_route.empty()) {
-        stop(result.name, 0, "expected a route, found none; give one with --route");
+        gaussian::stop_at(result.name, 0, "expected a route, found none; give one with --route");
     }
     if (gaussian::is_incomplete(result.old_route, gaussian::place_of(result.name, log.job.line))) {
-        stop(result.name, log.job.line,
-             "the route '" + base::shown(result.old_route, 200) +
-                 "' takes method and basis from a checkpoint file; give the route with --route");
+        gaussian::stop_at(result.name, log.job.line,
+                          "the route '" + base::shown(result.old_route, 200) +
+                              "' takes method and basis from a checkpoint file; give the route with --route");
     }
 }
 
@@ -120,7 +118,7 @@ void read_log(const options& asked, gaussian::source& from, source_molecule& res
     const gaussian::log_contents log = gaussian::read_log(from, result.notices);
     const gaussian::log_job& job = log.job;
     if (job.number == 0) {
-        stop(result.name, 0, "expected a log with a geometry, found none in " + counted(log.jobs, "job"));
+        gaussian::stop_at(result.name, 0, "expected a log with a geometry, found none in " + counted(log.jobs, "job"));
     }
     result.description = "log of " + counted(log.jobs, "job") + ", " +
                          (job.geometries == 1 ? "1 geometry" : std::to_string(job.geometries) + " geometries");
@@ -131,8 +129,8 @@ void read_log(const options& asked, gaussian::source& from, source_molecule& res
     check_centres(job, result.name);
     check_whole(job, result.name);
     if (!job.has_charge && !(asked.charge && asked.multiplicity)) {
-        stop(result.name, job.line,
-             "expected charge and multiplicity, found none; give them with --charge and --multiplicity");
+        gaussian::stop_at(result.name, job.line,
+                          "expected charge and multiplicity, found none; give them with --charge and --multiplicity");
     }
     if (job.typed > 0) {
         result.notices.push_back({job.geometry_line, "the types of " + counted(job.typed, "atom") + " are dropped"});
@@ -145,10 +143,11 @@ void read_log(const options& asked, gaussian::source& from, source_molecule& res
     take_log_route(asked, log, result);
     make_ready(asked, job.line, made_title(result.name), job.molecule, result);
     if (!result.ready.fixed_in_space.empty() && job.in != gaussian::frame::input) {
-        stop(result.name, job.geometry_line,
-             "'" + base::shown(result.ready.fixed_in_space) +
-                 "' is fixed in space, in the frame of the input, and this geometry is in the standard orientation; "
-                 "prepare the input with this geometry instead");
+        gaussian::stop_at(
+            result.name, job.geometry_line,
+            "'" + base::shown(result.ready.fixed_in_space) +
+                "' is fixed in space, in the frame of the input, and this geometry is in the standard orientation; "
+                "prepare the input with this geometry instead");
     }
 }
 
@@ -156,12 +155,14 @@ void read_checkpoint(const options& asked, gaussian::source& from, source_molecu
     const gaussian::checkpoint found = gaussian::read_checkpoint(from);
     result.description = "formatted checkpoint";
     if (!found.ghosts.empty()) {
-        stop(result.name, 0,
-             "found " + counted(static_cast<int>(found.ghosts.size()), "ghost atom") + ", which cannot be kept");
+        gaussian::stop_at(
+            result.name, 0,
+            "found " + counted(static_cast<int>(found.ghosts.size()), "ghost atom") + ", which cannot be kept");
     }
     if (found.vectors > 0) {
-        stop(result.name, 0,
-             "found " + counted(found.vectors, "translation vector") + "; only single molecules can be prepared");
+        gaussian::stop_at(
+            result.name, 0,
+            "found " + counted(found.vectors, "translation vector") + "; only single molecules can be prepared");
     }
     if (asked.route.empty()) {
         result.old_route = gaussian::checkpoint_route(found, result.name, result.notices);
@@ -170,10 +171,11 @@ void read_checkpoint(const options& asked, gaussian::source& from, source_molecu
     }
     make_ready(asked, 0, found.title.empty() ? made_title(result.name) : found.title, molecule_of(found), result);
     if (!result.ready.fixed_in_space.empty()) {
-        stop(result.name, 0,
-             "'" + base::shown(result.ready.fixed_in_space) +
-                 "' is fixed in space, in the frame of the input, and a checkpoint may be in another one; prepare the "
-                 "input instead");
+        gaussian::stop_at(
+            result.name, 0,
+            "'" + base::shown(result.ready.fixed_in_space) +
+                "' is fixed in space, in the frame of the input, and a checkpoint may be in another one; prepare the "
+                "input instead");
     }
 }
 
@@ -182,8 +184,8 @@ void read_xyz(const options& asked, gaussian::source& from, source_molecule& res
     result.description = "xyz file of " + counted(found.frames, "frame");
     result.description += found.frames > 1 ? ", the last one taken" : "";
     if (asked.route.empty()) {
-        stop(result.name, 0,
-             "an xyz file holds no route; give one with --route, for example --route '#p b3lyp/6-31g(d)'");
+        gaussian::stop_at(result.name, 0,
+                          "an xyz file holds no route; give one with --route, for example --route '#p b3lyp/6-31g(d)'");
     }
     make_ready(asked, 0, made_title(result.name), found.molecule, result);
 }
@@ -205,10 +207,11 @@ void check_electrons(const source_molecule& found) {
     }
     const long long unpaired = atoms.multiplicity - 1LL;
     if (electrons < unpaired || (electrons - unpaired) % 2 != 0) {
-        stop(found.name, 0,
-             "a molecule of charge " + std::to_string(atoms.charge) + " has " + std::to_string(electrons) +
-                 " electrons, expected a possible multiplicity, found " + std::to_string(atoms.multiplicity) +
-                 "; give the right ones with --charge and --multiplicity");
+        gaussian::stop_at(found.name, 0,
+                          "a molecule of charge " + std::to_string(atoms.charge) + " has " + std::to_string(electrons) +
+                              " electrons, expected a possible multiplicity, found " +
+                              std::to_string(atoms.multiplicity) +
+                              "; give the right ones with --charge and --multiplicity");
     }
 }
 
@@ -233,8 +236,9 @@ source_molecule read_source(const options& asked) {
             read_xyz(asked, from, result);
             break;
         case gaussian::source_kind::unknown:
-            stop(result.name, 0,
-                 "expected a Gaussian input, a log, a formatted checkpoint or an xyz file, found none of these");
+            gaussian::stop_at(
+                result.name, 0,
+                "expected a Gaussian input, a log, a formatted checkpoint or an xyz file, found none of these");
     }
     replace(asked.charge, "charge", result.ready.atoms.charge, result);
     replace(asked.multiplicity, "multiplicity", result.ready.atoms.multiplicity, result);

@@ -7,6 +7,7 @@
 
 #include "base/error.hpp"
 #include "base/text.hpp"
+#include "gaussian/lines.hpp"
 #include "gaussian/route.hpp"
 #include "symmetry/symmetry.hpp"
 
@@ -59,11 +60,7 @@ std::string report(const source_molecule& found, const frame::displacement_count
             std::to_string(written.computed) + " as written)\n";
     text += route_line(found);
     for (const gaussian::notice& notice : found.notices) {
-        text += found.name;
-        if (notice.line > 0) {
-            text += ':';
-            text += std::to_string(notice.line);
-        }
+        text += gaussian::place_of(found.name, notice.line);
         text += ": notice: ";
         text += notice.text;
         text += '\n';

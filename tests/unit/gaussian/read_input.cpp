@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cstdio>
 
+#include "gaussian/lines.hpp"
 #include "gaussian/symbols.hpp"
 #include "support.hpp"
 
@@ -331,6 +332,12 @@ TEST(read_input, tells_of_values_that_are_frozen_or_scanned) {
     EXPECT_EQ(told("\nr=0.96\na=104.5 D=0.1\n"), "11 what stands after the value of a variable dropped\n");
     EXPECT_EQ(told("\nr=0.96\na=104.5\n"), "");
     EXPECT_EQ(told("Variables:\nr=0.96\n\nVariables:\na=104.5\n"), "");
+}
+
+TEST(read_input, names_places) {
+    EXPECT_EQ(gaussian::place_of("m", 12), "m:12");
+    EXPECT_EQ(gaussian::place_of("m", 1), "m:1");
+    EXPECT_EQ(gaussian::place_of("m", 0), "m");
 }
 
 TEST(read_input, reads_a_large_molecule_in_linear_time) {
