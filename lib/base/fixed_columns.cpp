@@ -67,7 +67,7 @@ void put_real(char* field, int width, int decimals, double value) {
     std::string_view number;
     const double magnitude = std::abs(value);
     if (magnitude < short_limit && decimals <= short_decimals) {
-        char* last = digits + 32;
+        char* last = digits + sizeof digits;
         char* first = put_short_magnitude(last, decimals, magnitude);
         first[-1] = '-';  // no branch: it would be mispredicted for every other number
         first -= std::signbit(value) ? 1 : 0;

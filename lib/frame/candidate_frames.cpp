@@ -116,9 +116,9 @@ class frame_list {
         add(rotation, rotation.transpose(), 1U << plane_across(first) | 1U << plane_across(second));
     }
 
-    void add_source(bool is_point) {
+    void add_source() {
         const Eigen::Matrix3d none = Eigen::Matrix3d::Identity();
-        add(none, none, is_point ? 1U << plane_across(0) | 1U << plane_across(1) | 1U << plane_across(2) : 0U);
+        add(none, none, 0U);
     }
 
     std::vector<candidate_frame> sorted() {
@@ -196,7 +196,7 @@ std::vector<candidate_frame> candidate_frames(const Eigen::Matrix3Xd& positions,
             frames.add_single(direction);
         }
     }
-    frames.add_source(found.atoms == extent::point);
+    frames.add_source();
     return frames.sorted();
 }
 

@@ -14,7 +14,7 @@ namespace {
 
 std::string number(double value) {
     char text[32];
-    static_cast<void>(std::snprintf(text, sizeof text, "%.10g", value));  // 32 characters hold any
+    static_cast<void>(std::snprintf(text, sizeof text, "%.10g", value));  // at most 17 characters
     return text;
 }
 

@@ -68,16 +68,13 @@ void read_route(cursor& here, input& job) {
     job.route_line = here.line().number;
     for (; !here.ended() && !here.line().is_blank(); ++here.at) {
         std::string_view text = here.line().text;
-        if (here.line().is_comment()) {
-            continue;
-        }
         if (text.starts_with('%')) {
             job.link0.emplace_back(here.line().raw);
             continue;
         }
         if (!job.route_text.empty()) {
-            job.route_text += ' ';
-            text.remove_prefix(head_size(text));
+            text = stripped(text.substr(head_size(text)));
+            job.route_text += text.empty() ? "" : " ";
         }
         job.route_text += text;
     }

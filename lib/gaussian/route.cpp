@@ -100,7 +100,7 @@ route_part part_of(std::string_view text) {
     if (!options.empty() && options.front() == '=') {
         options.remove_prefix(1);
     }
-    if (options.size() >= 2 && options.front() == '(' && options.back() == ')') {
+    if (options.starts_with('(') && options.ends_with(')')) {
         options = options.substr(1, options.size() - 2);
     }
     for (const std::string_view option : split(options, ", ")) {

@@ -3,6 +3,7 @@
 #include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
 #include <cmath>
+#include <iomanip>
 #include <map>
 #include <sstream>
 
@@ -132,6 +133,48 @@ TEST(frequencies, every_group_gives_those_of_the_textbook_from_logs) {
         expect_textbook(rows, vibrations_of(molecule, isotope_masses(molecule.reference.numbers)));
         EXPECT_EQ(counted(rows), one.species);
     }
+}
+
+TEST(frequencies, the_table_as_a_whole) {
+    const support::scratch_folder folder;
+    generate("water");
+    const model molecule = model_here();
+    write_logs(molecule);
+    std::istringstream lines(assemble().standard_output);
+    EXPECT_EQ(next_line(lines), "# point group C2v, species of C2v");
+    EXPECT_EQ(next_line(lines), "# 9 of 18 displacements computed, dx = 0.005000");
+    EXPECT_EQ(next_line(lines), "# route of the results: #p b3lyp/6-31g(d) force nosymm");
+    std::ostringstream energy;
+    energy << std::fixed << std::setprecision(9) << *molecule.at(molecule.reference).energy;
+    EXPECT_EQ(next_line(lines), "# energy " + energy.str() + " hartree");
+    const textbook expected = vibrations_of(molecule, isotope_masses({8, 1, 1}));
+    const std::vector<std::string> zero_point = next_words(lines);
+    ASSERT_EQ(zero_point.size(), 5U);
+    EXPECT_EQ(zero_point[1] + " " + zero_point[2] + " " + zero_point[4], "zero-point energy hartree");
+    EXPECT_NEAR(std::stod(zero_point[3]), expected.frequencies.sum() / 2.0 / 219474.6313, 1e-7);
+    EXPECT_EQ(zero_point[3].size(), 11U);
+    EXPECT_EQ(next_line(lines), "# largest force at the reference 0.000000000 hartree/bohr");
+    const std::vector<std::string> asymmetry = next_words(lines);
+    ASSERT_EQ(asymmetry.size(), 8U);
+    EXPECT_EQ(asymmetry[1] + " " + asymmetry[2] + " " + asymmetry[5], "largest asymmetry Hessian");
+    EXPECT_LT(std::stod(asymmetry[6]), 1e-6);  // forces have nine decimals
+    EXPECT_EQ(asymmetry[7], "hartree/bohr^2");
+    EXPECT_EQ(next_line(lines), "# nonlinear molecule, masses: most abundant isotopes");
+    EXPECT_EQ(next_line(lines), "# atom symbol        mass (amu)");
+    EXPECT_EQ(next_line(lines), "#    1      O       15.99491462");
+    EXPECT_EQ(next_line(lines), "#    2      H        1.00782503");
+    EXPECT_EQ(next_line(lines), "#    3      H        1.00782503");
+    EXPECT_EQ(next_line(lines), "# no species frequency   red.mass   frc.const   intensity");
+    EXPECT_EQ(next_line(lines), "#               (cm-1)      (amu)   (mdyne/A)    (km/mol)");
+    for (int row = 1; row <= 3; ++row) {
+        const std::string line = next_line(lines);
+        EXPECT_EQ(line.size(), 57U);
+        for (const std::size_t point : {17U, 28U, 40U, 52U}) {  // four decimals up to the end of each field
+            EXPECT_EQ(line.at(point), '.') << line;
+        }
+        EXPECT_EQ(line.substr(0, 7), "    " + std::to_string(row) + " " + line.at(6)) << line;
+    }
+    EXPECT_EQ(lines.peek(), std::char_traits<char>::eof());
 }
 
 TEST(frequencies, settings_of_the_generator_change_nothing) {

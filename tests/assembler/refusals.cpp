@@ -599,6 +599,8 @@ TEST(refusals, a_list_that_does_not_agree_with_itself) {
              {"files:     10", "files:     11",
               "14: expected the name of a geometry file, coord-..., found "
               "'Begin_vesk_info'"},
+             {"Number of files:     10", "Number of Files:     10",
+              "2: expected 'Number of files: ', found 'Number of Files:     10'"},
              {"dx=  0.005000", "dx=**********", "3: expected 'dx=' and the step, found 'dx=**********'"},
              {"coord-0-00", "coord-9-00", "4: expected the name of the reference, 'coord-0-00', found 'coord-9-00'"},
              {"       C2V", "       C3V",

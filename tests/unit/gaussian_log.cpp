@@ -580,6 +580,10 @@ TEST(gaussian_log, asterisks_in_the_forces_are_told_and_leave_the_geometry) {
     EXPECT_EQ(job.forces_problem, "job.log:" + std::to_string(line_of(text, row)) +
                                       ": expected an atom's number and the force on it, found '" + row + "'");
     EXPECT_EQ(job.molecule.numbers, water);
+    const std::string cut = replaced(text, "       ************    0.003456789    0.000765433", " ************");
+    EXPECT_EQ(read(cut).log.job.forces_problem,
+              "job.log:" + std::to_string(line_of(cut, "2        1 ************")) +
+                  ": expected an atom's number and the force on it, found '2        1 ************'");
 }
 
 TEST(gaussian_log, a_broken_table_of_forces_is_told_even_where_whole_ones_stand_before_it) {

@@ -155,6 +155,19 @@ TEST(text, assignment_may_overlap) {
     EXPECT_EQ(room, "cdcdef");
 }
 
+TEST(text, view_runs_over_each_text_once_wherever_it_begins) {
+    for (const int lower : {-4, 0, 1, 7}) {
+        const base::array1<base::text<3>> texts("texts", lower, lower + 2);
+        const base::text_view view = base::view1<base::text<3>>(texts);
+        auto end = view.begin();
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_FALSE(end == view.end());
+            ++end;
+        }
+        EXPECT_TRUE(end == view.end()) << lower;
+    }
+}
+
 TEST(text, view_writes_to_the_texts_of_an_array) {
     const base::array1<base::text<3>> texts("texts", 0, 2);
     const base::text_view view = base::view1<base::text<3>>(texts);
@@ -164,9 +177,12 @@ TEST(text, view_writes_to_the_texts_of_an_array) {
     EXPECT_EQ(whole(texts(0)), "fir");
     EXPECT_EQ(whole(texts(1)), "   ");
     EXPECT_EQ(whole(texts(2)), "x  ");
+    std::string all;
     for (const base::text_ref text : view) {
+        all += std::string_view(text);
         text.assign("all");
     }
+    EXPECT_EQ(all, "fir   x  ");
     EXPECT_EQ(whole(texts(0)) + whole(texts(1)) + whole(texts(2)), "allallall");
     for (const int i : {-1, 3}) {
         EXPECT_EQ(support::stopped_with([&] { view(i).assign("x"); }),

@@ -334,6 +334,15 @@ TEST(read_input, tells_of_values_that_are_frozen_or_scanned) {
     EXPECT_EQ(told("Variables:\nr=0.96\n\nVariables:\na=104.5\n"), "");
 }
 
+TEST(read_input, joins_the_lines_of_a_route_by_a_blank) {
+    std::vector<gaussian::notice> notices;
+    const std::string text =
+        "#p hf/3-21g  ! the method\n! nothing else\n%mem=1GB\n#\n# opt\n\ntitle\n\n0 1\nHe 0 0 0\n";
+    const gaussian::input job = gaussian::read_input(text, "m", notices);
+    EXPECT_EQ(job.route_text, "#p hf/3-21g opt");
+    EXPECT_EQ(job.route_line, 1);
+}
+
 TEST(read_input, names_places) {
     EXPECT_EQ(gaussian::place_of("m", 12), "m:12");
     EXPECT_EQ(gaussian::place_of("m", 1), "m:1");

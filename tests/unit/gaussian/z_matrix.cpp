@@ -74,6 +74,18 @@ TEST(z_matrix, lays_the_first_atoms_along_z_and_into_the_xz_plane) {
     EXPECT_NEAR((x.col(2) - Eigen::Vector3d(1, 0, 2)).norm(), 0.0, 1e-15);
 }
 
+TEST(z_matrix, lays_a_third_atom_into_the_plane_of_two_points_and_x) {
+    for (const z_line& second : {point(1, 2, -2), point(0, 3, 4), point(2, 0, 0)}) {
+        const Eigen::Matrix3Xd x =
+            gaussian::cartesian({point(0, 0, 0), second, line_of({1, 2, 0}, {1.5, 100.0 * degree, 0.0})}, "z");
+        EXPECT_NEAR(distance(x, 0, 2), 1.5, 1e-14);
+        EXPECT_NEAR(angle(x, 1, 0, 2), 100.0 * degree, 1e-14);
+        const Eigen::Vector3d beside =
+            x.col(1).norm() > std::abs(x(0, 1)) ? Eigen::Vector3d::UnitX() : Eigen::Vector3d::UnitZ();
+        EXPECT_NEAR(x.col(1).cross(beside).dot(x.col(2)), 0.0, 1e-14);
+    }
+}
+
 TEST(z_matrix, turns_a_positive_dihedral_clockwise_as_seen_along_the_bond) {
     // k at +x of j, j at the origin, i at +z. Seen from i towards j, that is down the z axis, clockwise from x is -y;
     // the dihedral new-i-j-k is positive where k lies clockwise of new, so new lies counterclockwise of k: at +y.
