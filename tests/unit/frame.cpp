@@ -370,6 +370,34 @@ TEST(frame, a_molecule_within_the_last_digits_of_its_frame_is_not_turned) {
     EXPECT_EQ(result.computed, 9);
 }
 
+TEST(frame, of_two_equal_turns_the_same_is_taken_whatever_the_order) {
+    // A rectangle halfway between two axes: both turns by 45 degrees are equally near. Taken is the one whose first
+    // element off the diagonal is positive.
+    const double s = std::numbers::sqrt2 / 2.0;
+    for (int axis = 0; axis < 3; ++axis) {
+        const int first = axis == 0 ? 1 : 0;
+        const int second = axis == 2 ? 1 : 2;
+        Eigen::Matrix3d expected = Eigen::Matrix3d::Identity();
+        expected(first, first) = expected(second, second) = s;
+        expected(first, second) = s;
+        expected(second, first) = -s;
+        for (const double side : {0.6, 1.7}) {
+            for (const bool is_reversed : {false, true}) {
+                Eigen::Vector3d along = side * Eigen::Vector3d::Unit(first) + side * Eigen::Vector3d::Unit(second);
+                Eigen::Vector3d across = Eigen::Vector3d::Unit(first) - Eigen::Vector3d::Unit(second);
+                if (is_reversed) {
+                    std::swap(along, across);
+                }
+                const molecule source =
+                    make({{6, along + across}, {6, along - across}, {6, across - along}, {6, -along - across}});
+                const frame::frame_result result = frame::prepare(source.kinds, source.positions, tolerance);
+                EXPECT_LT((result.rotation - expected).norm(), 1e-6) << result.rotation;
+                EXPECT_EQ(result.group, d2h);
+            }
+        }
+    }
+}
+
 std::string message_of(const std::vector<int>& kinds, const Eigen::Matrix3Xd& positions, double within) {
     try {
         frame::prepare(kinds, positions, within);
