@@ -301,8 +301,8 @@ route_keyword with_options(const route_keyword& keyword, predicate is_kept) {
         return keyword;
     }
     kept.text = keyword.text.substr(0, keyword.text.find_first_of("=("));
-    const bool is_plain = kept.parts.front().options.size() == 1 && list.find('/') == std::string::npos;
-    kept.text += list.empty() ? "" : is_plain ? "=" + list : "=(" + list + ")";
+    const bool is_one_word = kept.parts.front().options.size() == 1 && list.find_first_of("=/") == std::string::npos;
+    kept.text += list.empty() ? "" : is_one_word ? "=" + list : "=(" + list + ")";
     kept.text += keyword.text.substr(first_part_size(keyword.text));
     return kept;
 }

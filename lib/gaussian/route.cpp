@@ -54,7 +54,7 @@ std::string take_keyword(std::string_view& rest, const std::string& place) {
         if (c == ',') {
             break;
         }
-        if (at > 0 && rest[at - 1] == ')' && (is_letter(c) || is_digit(c))) {
+        if (keyword.ends_with(')') && (is_letter(c) || is_digit(c))) {
             break;  // opt=(ts)freq
         }
         keyword += c;

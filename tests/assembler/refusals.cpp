@@ -635,6 +635,8 @@ TEST(refusals, a_list_that_does_not_agree_with_itself) {
               "2       2     C2z'"},
              {"       2  1+dx           F       1 ", "       2  1+dx           F       0 ",
               "44: expected a number from 1 to 18 as m, found '0'"},
+             {"                    coord-1-dy\n", "                    coord-3-dy\n",
+              "45: expected coord-1-dy as name 3 at the top of the list, found coord-3-dy"},
              {"       5  1-dz           T", "       5  1-dz           G", "47: expected T or F as is_calc, found 'G'"},
              {"      14  3+dx           F       7       2     C2z",
               "      14  3+dx           F      13       4     Syz",

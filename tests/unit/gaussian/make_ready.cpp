@@ -134,7 +134,7 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         {job("# hf/gen nmr formcheck punch=mo", "\n" + basis), ready("# hf/gen force nosymm", basis)},
         {job("# hf/gen freq cphf=rdfreq", "\n0.1\n\n" + basis), ready("# hf/gen force nosymm", basis)},
         {job("# hf charge polar cphf=(rdfreq,conver=9)", "\n0.1\n\n0 0 5 1\n\n"),
-         ready("# hf charge cphf=conver=9 force nosymm", "0 0 5 1\n\n")},
+         ready("# hf charge cphf=(conver=9) force nosymm", "0 0 5 1\n\n")},
         {job("# casscf(2,2,stateaverage)/sto-3g output=wfn", "\n0.5 0.5\n\nh2.wfn\n\n"),
          ready("# casscf(2,2,stateaverage)/sto-3g force nosymm", "0.5 0.5\n\n")},
         {job("# hf scrf=dipole output=wfn", "\n3.5 78.4\n\nh2.wfn\n\n"),

@@ -127,7 +127,7 @@ TEST(route, becomes_ready) {
         {"# hf geom=(check,notest)", "# hf geom=notest force nosymm"},
         {"# hf opt=qst3", "# hf force nosymm"},  // of a log: an input with this is refused
         {"# b3lyp/gen td=(Read,Root=2)",
-         "# b3lyp/gen td=Root=2 force nosymm|'Read' of 'td=(Read,Root=2)' left out: the jobs have no checkpoint file "
+         "# b3lyp/gen td=(Root=2) force nosymm|'Read' of 'td=(Read,Root=2)' left out: the jobs have no checkpoint file "
          "to "
          "read from"},
         {"# cis(read)/6-31g*",
@@ -154,6 +154,9 @@ TEST(route, becomes_ready) {
         {"# hf guess(mix,read)",
          "# hf guess=mix force nosymm|'read' of 'guess(mix,read)' left out: the jobs have no checkpoint file to read a "
          "guess from"},
+        {"# hf guess=(read,mix=) opt",  // without brackets the sign would join what follows
+         "# hf guess=(mix=) force nosymm|'read' of 'guess=(read,mix=)' left out: the jobs have no checkpoint file to "
+         "read a guess from"},
         {"# hf guess=(mix/fix,read)",  // outside the brackets the slash would begin another keyword
          "# hf guess=(mix/fix) force nosymm|'read' of 'guess=(mix/fix,read)' left out: the jobs have no checkpoint "
          "file "
