@@ -92,6 +92,18 @@ std::vector<std::string_view> split(std::string_view text, std::string_view sepa
     return pieces;
 }
 
+/// How long the brackets are that a text begins with, with all that they hold; 0 where it begins with none.
+std::size_t first_brackets_size(std::string_view text) {
+    int depth = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        depth += text[i] == '(' ? 1 : (text[i] == ')' ? -1 : 0);
+        if (depth == 0) {
+            return text.starts_with('(') ? i + 1 : 0;
+        }
+    }
+    return 0;
+}
+
 std::string name_of(std::string_view text) { return lower(stripped(text.substr(0, text.find_first_of("=(")))); }
 
 route_part part_of(std::string_view text) {
@@ -100,7 +112,7 @@ route_part part_of(std::string_view text) {
     if (!options.empty() && options.front() == '=') {
         options.remove_prefix(1);
     }
-    if (options.starts_with('(') && options.ends_with(')')) {
+    if (first_brackets_size(options) == options.size() && !options.empty()) {
         options = options.substr(1, options.size() - 2);
     }
     for (const std::string_view option : split(options, ", ")) {

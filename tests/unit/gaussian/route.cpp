@@ -46,6 +46,7 @@ TEST(route, is_taken_apart) {
         {"# opt = ( ts ) freq", "#: opt[ts|ts] freq"},
         {"# opt (ts) freq", "#: opt[ts|ts] freq"},
         {"# opt=() freq()", "#: opt freq"},
+        {"# guess=(read)-(mix) x", "#: guess[|(read)-(mix)] x"},  // brackets that are not one another's
         {"# mp2 / cc-pvdz scf = tight", "#: mp2/cc-pvdz scf[tight|tight]"},
         {"# mp2=full/gen", "#: mp2[full|full]/gen"},
         {"# scrf=(pcm,solvent=water) iop(3/76=1000000000)",
