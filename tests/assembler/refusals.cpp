@@ -596,6 +596,7 @@ TEST(refusals, a_list_that_does_not_agree_with_itself) {
              list_case{"atoms:      3", "atoms: ******",
                        "1: expected a number from 1 to 999999 as the number of atoms, "
                        "found '******'"},
+             {"atoms:      3\n", "atoms:      3 x\n", "1: expected this line to end at column 23, found ' x'"},
              {"files:     10", "files:     11",
               "14: expected the name of a geometry file, coord-..., found "
               "'Begin_vesk_info'"},

@@ -423,6 +423,9 @@ TEST(gaussian_log, a_terse_log_with_a_z_matrix) {
         EXPECT_EQ(job.molecule.numbers, water) << molecule;
         EXPECT_LE(difference(job.molecule.positions, bent), 1e-12) << molecule;
     }
+    const gaussian::log_job radical = read(terse("-1,2\\O,0.,0.,0.\\H,0.,0.,0.97")).log.job;
+    EXPECT_EQ(radical.molecule.charge, -1);
+    EXPECT_EQ(radical.molecule.multiplicity, 2);
     const gaussian::log_job typed = read(terse("-1,2\\O-OH-0.1,0.,0.,0.\\H(fragment=1),0,0.,0.,0.97")).log.job;
     EXPECT_EQ(typed.molecule.numbers, (std::vector<int>{8, 1}));
     EXPECT_EQ(typed.molecule.positions(2, 1), 0.97);
