@@ -273,17 +273,6 @@ void check_keyword(const route_keyword& keyword, const std::string& place) {
     }
 }
 
-/// How long the first part of a keyword is: up to a slash outside brackets.
-std::size_t first_part_size(std::string_view text) {
-    int depth = 0;
-    std::size_t size = 0;
-    while (size < text.size() && (depth != 0 || text[size] != '/')) {
-        depth += text[size] == '(' ? 1 : (text[size] == ')' ? -1 : 0);
-        ++size;
-    }
-    return size;
-}
-
 /// A keyword with some options of its first part left out; the text is as written where none is.
 ///   is_kept  in  tells of each option
 template <class predicate>
@@ -303,7 +292,9 @@ route_keyword with_options(const route_keyword& keyword, predicate is_kept) {
     kept.text = keyword.text.substr(0, keyword.text.find_first_of("=("));
     const bool is_one_word = kept.parts.front().options.size() == 1 && list.find_first_of("=/") == std::string::npos;
     kept.text += list.empty() ? "" : is_one_word ? "=" + list : "=(" + list + ")";
-    kept.text += keyword.text.substr(first_part_size(keyword.text));
+    for (std::size_t i = 1; i < keyword.parts.size(); ++i) {
+        kept.text += "/" + keyword.parts[i].text;
+    }
     return kept;
 }
 
@@ -395,7 +386,7 @@ void add_without_analysis(const route_keyword& keyword, int line, route& ready, 
 }
 
 void add_missing(std::string_view name, route& ready) {
-    ready.keywords.push_back({std::string(name), {{std::string(name), {}}}});
+    ready.keywords.push_back({std::string(name), {{std::string(name), std::string(name), {}}}});
 }
 
 }  // namespace

@@ -23,6 +23,17 @@ std::size_t after_gap(std::string_view text, std::size_t at) {
     return at;
 }
 
+/// The size of the quotation that begins at a place of a text, its marks included; 0 where none does. One without a
+/// second mark goes to the end of the text. A mark within a word is a prime.
+std::size_t quotation_size(std::string_view text, std::size_t at) {
+    constexpr std::string_view marks = "'\"";
+    const auto precedes_word = [](char c) { return is_separator(c) || joins(c) || c == '('; };
+    if (marks.find(text[at]) == std::string_view::npos || (at > 0 && !precedes_word(text[at - 1]))) {
+        return 0;
+    }
+    return std::min(text.find(text[at], at + 1), text.size() - 1) + 1 - at;
+}
+
 [[noreturn]] void bracket_error(std::string_view text, const std::string& place) {
     throw base::run_error(place + ": expected as many '(' as ')' in the route, found '" + base::shown(text) + "'");
 }
@@ -34,6 +45,15 @@ std::string take_keyword(std::string_view& rest, const std::string& place) {
     std::size_t at = 0;
     while (at < rest.size()) {
         const char c = rest[at];
+        if (const std::size_t quoted = quotation_size(rest, at); quoted > 0) {
+            if (quoted == 1 || rest[at + quoted - 1] != c) {
+                throw base::run_error(place + ": expected a second quotation mark in the route, found '" +
+                                      base::shown(rest.substr(at)) + "'");
+            }
+            keyword += rest.substr(at, quoted);
+            at += quoted;
+            continue;
+        }
         if (c == ')' && --depth < 0) {
             bracket_error(rest, place);
         }
@@ -74,74 +94,64 @@ bool is_keyword(std::string_view text) {
     return !text.empty() && not_first.find(text.front()) == std::string_view::npos && !joins(text.back());
 }
 
+/// Goes through the text of a keyword, from one character to the next, over quotations as a whole.
+struct text_walk {
+    std::string_view text;
+    std::size_t at = 0;
+    int depth = 0;  ///< of brackets
+
+    [[nodiscard]] bool ended() const { return at >= text.size(); }
+    void step() {
+        const std::size_t quoted = quotation_size(text, at);
+        depth += text[at] == '(' ? 1 : (text[at] == ')' ? -1 : 0);
+        at += std::max(quoted, std::size_t{1});
+    }
+};
+
 /// Splits a text at those of some separators that stand outside brackets; empty pieces are left out.
 std::vector<std::string_view> split(std::string_view text, std::string_view separators) {
     std::vector<std::string_view> pieces;
-    int depth = 0;
     std::size_t begin = 0;
-    for (std::size_t i = 0; i <= text.size(); ++i) {
-        if (i == text.size() || (depth == 0 && separators.find(text[i]) != std::string_view::npos)) {
-            if (i > begin) {
-                pieces.push_back(text.substr(begin, i - begin));
+    for (text_walk walk{text};; walk.step()) {
+        if (walk.ended() || (walk.depth == 0 && separators.find(text[walk.at]) != std::string_view::npos)) {
+            if (walk.at > begin) {
+                pieces.push_back(text.substr(begin, walk.at - begin));
             }
-            begin = i + 1;
-        } else {
-            depth += text[i] == '(' ? 1 : (text[i] == ')' ? -1 : 0);
+            begin = walk.at + 1;
+        }
+        if (walk.ended()) {
+            return pieces;
         }
     }
-    return pieces;
 }
 
-/// How long the brackets are that a text begins with, with all that they hold; 0 where it begins with none.
-std::size_t first_brackets_size(std::string_view text) {
-    int depth = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        depth += text[i] == '(' ? 1 : (text[i] == ')' ? -1 : 0);
-        if (depth == 0) {
-            return text.starts_with('(') ? i + 1 : 0;
+/// Whether a text begins with a bracket whose other one is its end.
+bool is_in_brackets(std::string_view text) {
+    text_walk walk{text};
+    while (!walk.ended()) {
+        walk.step();
+        if (walk.depth == 0) {
+            return text.front() == '(' && walk.ended();
         }
     }
-    return 0;
+    return false;
 }
 
 std::string name_of(std::string_view text) { return lower(stripped(text.substr(0, text.find_first_of("=(")))); }
 
 route_part part_of(std::string_view text) {
-    route_part part{name_of(text), {}};
+    route_part part{std::string(text), name_of(text), {}};
     std::string_view options = text.substr(std::min(text.find_first_of("=("), text.size()));
     if (!options.empty() && options.front() == '=') {
         options.remove_prefix(1);
     }
-    if (first_brackets_size(options) == options.size() && !options.empty()) {
+    if (is_in_brackets(options)) {
         options = options.substr(1, options.size() - 2);
     }
     for (const std::string_view option : split(options, ", ")) {
         part.options.push_back({std::string(option), name_of(option)});
     }
     return part;
-}
-
-/// Stops the run at a text between quotation marks that would be taken apart. A mark within a word is a prime.
-void check_quoted(std::string_view text, const std::string& place) {
-    constexpr std::string_view blanks = " \t\r\n\v\f";
-    for (std::size_t i = 1; i < text.size(); ++i) {
-        const bool begins_a_word = i == 1 || blanks.find(text[i - 1]) != std::string_view::npos ||
-                                   std::string_view("=(,").find(text[i - 1]) != std::string_view::npos;
-        if ((text[i] != '\'' && text[i] != '"') || !begins_a_word) {
-            continue;
-        }
-        const std::size_t end = text.find(text[i], i + 1);
-        const std::string_view quoted = text.substr(i, end - i);
-        if (quoted.find_first_of(blanks) != std::string_view::npos) {
-            throw base::run_error(place + ": expected no blanks between quotation marks in the route, found '" +
-                                  base::shown(quoted.substr(1)) + "'; call a script without arguments");
-        }
-        if (end == std::string_view::npos) {
-            throw base::run_error(place + ": expected a second quotation mark in the route, found '" +
-                                  base::shown(quoted) + "'");
-        }
-        i = end;
-    }
 }
 
 void add_stray_option(const route_keyword& option, route_keyword& job_type) {
@@ -166,7 +176,6 @@ route parse_route(std::string_view text, const std::string& place) {
     if (text.empty() || text.front() != '#') {
         throw base::run_error(place + ": expected a route, which begins with '#', found '" + base::shown(text) + "'");
     }
-    check_quoted(text, place);
     route job;
     job.head = text.substr(0, head_size(text));
     std::string_view rest = text.substr(job.head.size());

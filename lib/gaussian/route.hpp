@@ -18,6 +18,7 @@ struct route_option {
 
 /// One of the pieces of a keyword between slashes.
 struct route_part {
+    std::string text;  ///< as written
     std::string name;  ///< in small letters, without options
     std::vector<route_option> options;
 };
@@ -42,8 +43,8 @@ std::size_t head_size(std::string_view line);
 /// are options of that job type.
 ///   text   in  from its "#" on, its lines joined by a blank each
 ///   place  in  what a message begins with, "mol.gjf:3" for example
-/// A route that does not begin with "#", a bracket that has no other one, or blanks between quotation marks stop the
-/// run.
+/// A route that does not begin with "#", a bracket or a quotation mark that has no other one stop the run. Nothing is
+/// taken apart between quotation marks.
 route parse_route(std::string_view text, const std::string& place);
 
 /// The text of a route, keywords as written, with one blank between them.

@@ -167,21 +167,17 @@ TEST(route, becomes_ready) {
         {"#T hf", "# hf force nosymm"},
         {"# hf charge", "# hf charge force nosymm"},
         {"# external='run.sh' 6-31G(d') opt", "# external='run.sh' 6-31G(d') force nosymm"},
-        {"# external='run.sh opt' hf",
-         "r:1: expected no blanks between quotation marks in the route, found 'run.sh opt'; call a script without "
-         "arguments|standard error|2"},
-        {"# external = 'run.sh opt' hf",
-         "r:1: expected no blanks between quotation marks in the route, found 'run.sh opt'; call a script without "
-         "arguments|standard error|2"},
+        {"# external='run.sh opt' hf", "# external='run.sh opt' hf force nosymm"},
+        {"# external = \"run.sh  a,b/c (d='\" opt", "# external=\"run.sh  a,b/c (d='\" force nosymm"},
         {"# external='run=' hf", "# external='run=' hf force nosymm"},
-        {"#'run.sh opt' hf",
-         "r:1: expected no blanks between quotation marks in the route, found 'run.sh opt'; call a script without "
-         "arguments|standard error|2"},
+        {"#'run.sh opt' hf", "# 'run.sh opt' hf force nosymm"},
+        {"# hf guess=(read,mix/ \",)\" ) x",
+         "# hf guess=(mix/,\",)\") x force nosymm|'read' of 'guess=(read,mix/ \",)\" )' left out: the jobs have no "
+         "checkpoint file to read a guess from"},
         {"# hf external='run.sh",
          "r:1: expected a second quotation mark in the route, found ''run.sh'|standard error|2"},
         {"# hf guess=(read,'ix) scf=tight",
-         "r:1: expected no blanks between quotation marks in the route, found 'ix) scf=tight'; call a script without "
-         "arguments|standard error|2"},
+         "r:1: expected a second quotation mark in the route, found ''ix) scf=tight'|standard error|2"},
         {"# hf charge=(angstroms,StandardOrientation)",
          "r:1: 'charge=(angstroms,StandardOrientation)' has its charges in the standard orientation, which the jobs "
          "will not have; give them in the frame of the input|standard error|2"},
