@@ -172,9 +172,8 @@ class workshop:
 
     def copy_tree(self):
         """Only what differs, so that the last run's build serves again."""
-        listed = subprocess.run(["git", "-c", "safe.directory=*", "ls-files", "-co", "--exclude-standard", "-z"], cwd=TOP,
-                                check=True, capture_output=True)
-        names = {name for name in listed.stdout.decode().split("\0") if name and (TOP / name).is_file()}
+        names = {str(path.relative_to(TOP)) for top in TOP.iterdir() if top.name not in (".git", "build")
+                 for path in [top, *top.rglob("*")] if path.is_file()}
         for old in [path for path in self.tree.rglob("*") if path.is_file()]:
             if str(old.relative_to(self.tree)) not in names:
                 old.unlink()
