@@ -94,25 +94,11 @@ bool is_keyword(std::string_view text) {
     return !text.empty() && not_first.find(text.front()) == std::string_view::npos && !joins(text.back());
 }
 
-/// Goes through the text of a keyword, from one character to the next, over quotations as a whole.
-struct text_walk {
-    std::string_view text;
-    std::size_t at = 0;
-    int depth = 0;  ///< of brackets
-
-    [[nodiscard]] bool ended() const { return at >= text.size(); }
-    void step() {
-        const std::size_t quoted = quotation_size(text, at);
-        depth += text[at] == '(' ? 1 : (text[at] == ')' ? -1 : 0);
-        at += std::max(quoted, std::size_t{1});
-    }
-};
-
 /// Splits a text at those of some separators that stand outside brackets; empty pieces are left out.
 std::vector<std::string_view> split(std::string_view text, std::string_view separators) {
     std::vector<std::string_view> pieces;
     std::size_t begin = 0;
-    for (text_walk walk{text};; walk.step()) {
+    for (route_walk walk{text};; walk.step()) {
         if (walk.ended() || (walk.depth == 0 && separators.find(text[walk.at]) != std::string_view::npos)) {
             if (walk.at > begin) {
                 pieces.push_back(text.substr(begin, walk.at - begin));
@@ -127,7 +113,7 @@ std::vector<std::string_view> split(std::string_view text, std::string_view sepa
 
 /// Whether a text begins with a bracket whose other one is its end.
 bool is_in_brackets(std::string_view text) {
-    text_walk walk{text};
+    route_walk walk{text};
     while (!walk.ended()) {
         walk.step();
         if (walk.depth == 0) {
@@ -161,6 +147,12 @@ void add_stray_option(const route_keyword& option, route_keyword& job_type) {
 }
 
 }  // namespace
+
+void route_walk::step() {
+    const std::size_t quoted = quotation_size(text, at);
+    depth += text[at] == '(' ? 1 : (text[at] == ')' ? -1 : 0);
+    at += std::max(quoted, std::size_t{1});
+}
 
 std::size_t head_size(std::string_view line) {
     if (!line.starts_with('#')) {

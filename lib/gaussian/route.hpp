@@ -36,6 +36,16 @@ struct route {
     std::vector<route_keyword> keywords;
 };
 
+/// Goes through the text of a route or of a part of one, from one character to the next, over quotations as a whole.
+struct route_walk {
+    std::string_view text;
+    std::size_t at = 0;
+    int depth = 0;  ///< of brackets, before the character
+
+    [[nodiscard]] bool ended() const { return at >= text.size(); }
+    void step();
+};
+
 /// How long the head of a route line is: "#", with the letter after it if that stands by itself; 0 where there is none.
 std::size_t head_size(std::string_view line);
 

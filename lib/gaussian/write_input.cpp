@@ -8,6 +8,7 @@
 #include "base/fixed_columns.hpp"
 #include "gaussian/fields.hpp"
 #include "gaussian/ready_input.hpp"
+#include "gaussian/route.hpp"
 #include "gaussian/symbols.hpp"
 
 namespace displacement_generator::gaussian {
@@ -56,17 +57,16 @@ void append_later_line(std::string& text, std::string_view line, std::string_vie
     append_line(text, line, what);
 }
 
-/// Where a route is broken: at the last blank outside brackets that keeps the line short, else at the first one.
+/// Where a route is broken: at the last blank outside brackets and quotations that keeps the line short, else at the
+/// first one.
 std::size_t break_of(std::string_view route) {
-    int depth = 0;
     std::size_t last = std::string_view::npos;
-    for (std::size_t i = 0; i < route.size(); ++i) {
-        depth += route[i] == '(' ? 1 : (route[i] == ')' ? -1 : 0);
-        if (i >= route_width && last != std::string_view::npos) {
+    for (route_walk walk{route}; !walk.ended(); walk.step()) {
+        if (walk.at >= route_width && last != std::string_view::npos) {
             return last;
         }
-        if (route[i] == ' ' && depth == 0 && i > 2) {  // not right behind the "#p"
-            last = i;
+        if (route[walk.at] == ' ' && walk.depth == 0 && walk.at > 2) {  // not right behind the "#p"
+            last = walk.at;
         }
     }
     return route.size() <= route_width || last == std::string_view::npos ? route.size() : last;

@@ -363,6 +363,9 @@ TEST(make_ready, breaks_a_long_route_between_keywords) {
     const std::string found = prepare(job("#p " + words + " scf=(x y z) tight", "")).text;
     EXPECT_EQ(found, ready("#p " + words + "\nscf=(x y z) tight force nosymm"));
     EXPECT_EQ(prepare(found).text, found);
+    const std::string quoted = "#p " + words + " external='a(  b)  c'";
+    EXPECT_EQ(prepare(job(quoted + " tight", "")).text,
+              ready("#p " + words + "\nexternal='a(  b)  c' tight force nosymm"));
     const std::string bracket = "scf=(" + std::string(200, 'x') + " " + std::string(200, 'y') + ")";
     EXPECT_EQ(prepare(job("# " + bracket, "")).text, ready("# " + bracket + "\nforce nosymm"));
     EXPECT_EQ(prepare(job("# " + bracket + "-" + std::string(100, 'z'), "")).text,
