@@ -46,6 +46,7 @@ TEST(route, is_taken_apart) {
         {"# opt = ( ts ) freq", "#: opt[ts|ts] freq"},
         {"# opt (ts) freq", "#: opt[ts|ts] freq"},
         {"# opt=() freq()", "#: opt freq"},
+        {"# external('a) b',c)", "#: external['a) b'|'a) b'][c|c]"},
         {"# guess=(read)-(mix) x", "#: guess[|(read)-(mix)] x"},  // brackets that are not one another's
         {"# mp2 / cc-pvdz scf = tight", "#: mp2/cc-pvdz scf[tight|tight]"},
         {"# mp2=full/gen", "#: mp2[full|full]/gen"},
@@ -176,6 +177,7 @@ TEST(route, becomes_ready) {
          "checkpoint file to read a guess from"},
         {"# hf external='run.sh",
          "r:1: expected a second quotation mark in the route, found ''run.sh'|standard error|2"},
+        {"# hf external=\"", "r:1: expected a second quotation mark in the route, found '\"'|standard error|2"},
         {"# hf guess=(read,'ix) scf=tight",
          "r:1: expected a second quotation mark in the route, found ''ix) scf=tight'|standard error|2"},
         {"# hf charge=(angstroms,StandardOrientation)",
