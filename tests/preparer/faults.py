@@ -77,6 +77,35 @@ with folder() as path:  # nothing fails where nothing is asked for
     check("preloaded: OUTPUT", (path / "out.gjf").read_text()[:3], INPUT[:3])
 
 
+# An OUTPUT that is a link: what it leads to is written, and the link stays. Where it leads to nothing, it is replaced.
+with folder() as path:
+    (path / "tmp" / "real.gjf").write_text("from before\n")
+    (path / "link.gjf").symlink_to("tmp/real.gjf")
+    done = subprocess.run([preparer, "-o", "link.gjf", "mol.gjf"], cwd=path, capture_output=True, text=True, timeout=60)
+    check("link: status", done.returncode, 0)
+    check("link: is one still", os.readlink(path / "link.gjf"), "tmp/real.gjf")
+    check("link: OUTPUT", (path / "tmp" / "real.gjf").read_text()[:3], INPUT[:3])
+    (path / "tmp" / "real.gjf").unlink()
+    done = subprocess.run([preparer, "-o", "link.gjf", "mol.gjf"], cwd=path, capture_output=True, text=True, timeout=60)
+    check("link to nothing: status", done.returncode, 0)
+    check("link to nothing: OUTPUT", (not (path / "link.gjf").is_symlink(), (path / "link.gjf").read_text()[:3]), (True, INPUT[:3]))
+    check("links: files", sorted(str(f.relative_to(path)) for f in path.rglob("*")), ["link.gjf", "mol.gjf", "out.gjf", "tmp"])
+
+# A new file gets what the user's mask leaves.
+with folder() as path:
+    done = subprocess.run([preparer, "-o", "new.gjf", "mol.gjf"], cwd=path, capture_output=True, umask=0o027, timeout=60)
+    check("mask: status", done.returncode, 0)
+    check("mask: mode", oct((path / "new.gjf").stat().st_mode & 0o777), oct(0o640))
+
+# A pipe that nobody reads is not waited for.
+with folder() as path:
+    os.mkfifo(path / "pipe")
+    done = subprocess.run([preparer, "-o", "pipe", "mol.gjf"], cwd=path, capture_output=True, text=True, timeout=60)
+    check("pipe without a reader: status", done.returncode, 2)
+    check("pipe without a reader: message", done.stderr.splitlines()[-1:],
+          ["displacement_preparer: error: pipe: cannot open for writing: No such device or address"])
+
+
 def limit_files():
     resource.setrlimit(resource.RLIMIT_FSIZE, (64, 64))
 
@@ -98,7 +127,9 @@ with folder() as path:
     check_untouched("unwritable folder", path)
 
 # A signal while the report waits in a full pipe, when the temporary file is there already.
-for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+# Where it is ignored, as under nohup, the run goes on.
+for number, is_ignored in [(signal.SIGINT, False), (signal.SIGTERM, False), (signal.SIGHUP, False), (signal.SIGHUP, True)]:
+    what = f"signal {number}{', ignored' if is_ignored else ''}"
     with folder() as path:
         reader, writer = os.pipe()
         os.set_blocking(writer, False)
@@ -107,17 +138,26 @@ for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
                 os.write(writer, b"x" * 4096)
         except BlockingIOError:
             os.set_blocking(writer, True)
-        started = subprocess.Popen([preparer, "-o", "out.gjf", "mol.gjf"], cwd=path, stderr=writer)
+        started = subprocess.Popen([preparer, "-o", "out.gjf", "mol.gjf"], cwd=path, stderr=writer,
+                                   preexec_fn=lambda: is_ignored and signal.signal(number, signal.SIG_IGN))
+        os.close(writer)
         until = time.monotonic() + 30
         while not list(path.glob(".displacement_preparer-*")) and time.monotonic() < until:
             time.sleep(0.01)
-        check(f"signal {number}: temporary files", len(list(path.glob(".displacement_preparer-*"))), 1)
+        check(f"{what}: temporary files", len(list(path.glob(".displacement_preparer-*"))), 1)
         time.sleep(0.2)
         started.send_signal(number)
-        check(f"signal {number}: status", started.wait(30), -number)
+        if is_ignored:
+            time.sleep(0.2)
+            while os.read(reader, 65536):
+                pass
+        check(f"{what}: status", started.wait(30), 0 if is_ignored else -number)
         os.close(reader)
-        os.close(writer)
-        check_untouched(f"signal {number}", path)
+        if is_ignored:
+            check(f"{what}: files", sorted(f.name for f in path.iterdir()), ["mol.gjf", "out.gjf", "tmp"])
+            check(f"{what}: OUTPUT", (path / "out.gjf").read_text()[:3], INPUT[:3])
+        else:
+            check_untouched(what, path)
 
 for line in wrong:
     print(line)

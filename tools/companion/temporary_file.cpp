@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -56,10 +55,10 @@ class signals_wait {
     sigset_t before_{};
 };
 
-/// Gives the ending signals a handler; those that are ignored stay so.
-void handle_with(void (*handler)(int)) {
+/// Those that are ignored stay so.
+void handle_ending_signals() {
     for (const int number : ending_signals) {
-        if (std::signal(number, handler) == SIG_IGN) {
+        if (std::signal(number, remove_and_end) == SIG_IGN) {
             static_cast<void>(std::signal(number, SIG_IGN));
         }
     }
@@ -67,9 +66,9 @@ void handle_with(void (*handler)(int)) {
 
 void remove_at_signals(const std::string& path) {
     for (auto& place : removed_at_signals) {
-        if (place[0] == '\0' && path.size() < longest_path) {
+        if (place[0] == '\0') {
             place[path.copy(place.data(), longest_path - 1)] = '\0';
-            handle_with(remove_and_end);
+            handle_ending_signals();
             return;
         }
     }
@@ -80,10 +79,6 @@ void leave_at_signals(const std::string& path) {
         if (path == place.data()) {
             place.fill('\0');
         }
-    }
-    if (std::all_of(removed_at_signals.begin(), removed_at_signals.end(),
-                    [](const auto& place) { return place[0] == '\0'; })) {
-        handle_with(SIG_DFL);
     }
 }
 
