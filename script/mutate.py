@@ -237,8 +237,10 @@ class tally:
 
     def begin(self):
         with self.lock:
+            if self.left == 0:
+                return False
             self.left -= 1
-            return self.left >= 0
+            return True
 
     def end(self, result, path, number, line, changed):
         with self.lock:
