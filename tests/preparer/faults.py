@@ -106,6 +106,20 @@ with folder() as path:
           ["displacement_preparer: error: pipe: cannot open for writing: No such device or address"])
 
 
+def limit_memory():
+    resource.setrlimit(resource.RLIMIT_AS, (32 << 20, 32 << 20))
+
+
+# Not where the address sanitizer needs more than this to start.
+if subprocess.run([preparer, "--version"], capture_output=True, preexec_fn=limit_memory, timeout=60).returncode == 0:
+    with folder() as path:
+        (path / "mol.gjf").write_text(INPUT.replace("3-21g", "gen") + "O 0\n6-31G\n" * 3_000_000)
+        done = subprocess.run([preparer, "-o", "out.gjf", "mol.gjf"], cwd=path, capture_output=True, text=True, preexec_fn=limit_memory, timeout=60)
+        check("limit on memory: status", done.returncode, 2)
+        check("limit on memory: message", done.stderr, "displacement_preparer: error: an allocation would exceed the memory limit\n")
+        check_untouched("limit on memory", path)
+
+
 def limit_files():
     resource.setrlimit(resource.RLIMIT_FSIZE, (64, 64))
 
