@@ -1,3 +1,5 @@
+#include <iterator>
+
 #include "symmetry/symmetry.hpp"
 
 namespace displacement_generator::symmetry {
@@ -8,10 +10,10 @@ using label = base::text<3>;
 
 // One row a point group: the labels are kept with their blanks, as they are printed.
 // clang-format off
-constexpr label pg_names[8] = {" C1", " CS", " C2", "C2V", "D2H", " CI", "C2H", " D2"};
-constexpr int orders[8]     = {   1,     2,     2,     4,     8,     2,     4,     4};
+constexpr label pg_names[] = {" C1", " CS", " C2", "C2V", "D2H", " CI", "C2H", " D2"};
+constexpr int orders[]     = {   1,     2,     2,     4,     8,     2,     4,     4};
 
-constexpr label irreps[8][8] = {
+constexpr label irreps[][8] = {
     {"N  ", "N  ", "N  ", "N  ", "N  ", "N  ", "N  ", "N  "},  // C1
     {"A' ", "A\" "},                                           // Cs
     {"A  ", "B  "},                                            // C2
@@ -22,10 +24,10 @@ constexpr label irreps[8][8] = {
     {"A  ", "B1 ", "B2 ", "B3 "},                              // D2
 };
 
-constexpr label op_names[11] = {"  E", "C2z", "C2y", "C2x", "  I", "Sxy", "Szx", "Syz", "C4z", "C4y", "C4x"};
+constexpr label op_names[] = {"  E", "C2z", "C2y", "C2x", "  I", "Sxy", "Szx", "Syz", "C4z", "C4y", "C4x"};
 
 // One row an operation, its matrix column by column.
-constexpr double matrices[11 * 9] = {
+constexpr double matrices[] = {
      1, 0, 0,   0, 1, 0,   0, 0, 1,  // E    x,  y,  z
     -1, 0, 0,   0,-1, 0,   0, 0, 1,  // C2z -x, -y,  z
     -1, 0, 0,   0, 1, 0,   0, 0,-1,  // C2y -x,  y, -z
@@ -39,6 +41,9 @@ constexpr double matrices[11 * 9] = {
      1, 0, 0,   0, 0,-1,   0, 1, 0,  // C4x  x,  z, -y   +y goes to -z
 };
 // clang-format on
+
+static_assert(std::size(pg_names) == 8 && std::size(orders) == 8 && std::size(irreps) == 8);
+static_assert(std::size(op_names) == 11 && std::size(matrices) == 11 * 9);
 
 }  // namespace
 

@@ -242,6 +242,10 @@ TEST(frame, atoms_are_on_a_line_within_half_the_tolerance) {
     const molecule point = make({{8, {0, 0, 0.0049}}, {8, {0, 0, -0.0049}}});
     EXPECT_EQ(frame::find_elements(point.kinds, point.positions, tolerance).atoms, frame::extent::point);
     EXPECT_EQ(frame::find_elements(point.kinds, 1.1 * point.positions, tolerance).atoms, frame::extent::line);
+    const frame::symmetry_elements of_nothing = frame::find_elements({}, Eigen::Matrix3Xd(3, 0), tolerance);
+    EXPECT_EQ(of_nothing.atoms, frame::extent::point);
+    EXPECT_FALSE(of_nothing.inversion);
+    EXPECT_TRUE(of_nothing.directions.empty());
 }
 
 // Each atom is off its partner's image by `off`, the two references among them, in a way that neither turns nor moves
