@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
@@ -246,6 +247,34 @@ TEST(frame, atoms_are_on_a_line_within_half_the_tolerance) {
     EXPECT_EQ(of_nothing.atoms, frame::extent::point);
     EXPECT_FALSE(of_nothing.inversion);
     EXPECT_TRUE(of_nothing.directions.empty());
+}
+
+// In a plane an axis and a mirror plane exchange the same atoms; each is fitted for itself.
+TEST(frame, directions_are_those_of_least_squares) {
+    const std::vector<int> partner = {0, 2, 1, 4, 3};
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> off(-0.002, 0.002);
+    for (int trial = 0; trial < 20; ++trial) {
+        SCOPED_TRACE(trial);
+        molecule source =
+            make({{8, {0, 0.1, 0}}, {1, {0.8, 0.7, 0}}, {1, {-0.8, 0.7, 0}}, {9, {1.5, -1, 0}}, {9, {-1.5, -1, 0}}});
+        for (double& component : source.positions.reshaped()) {
+            component += off(random);
+        }
+        const Eigen::Matrix3Xd about = source.positions.colwise() - source.positions.rowwise().mean();
+        const Eigen::Matrix3d products = about * about(Eigen::all, partner).transpose();
+        const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(0.5 * (products + products.transpose()));
+        const frame::symmetry_elements found = frame::find_elements(source.kinds, source.positions, tolerance);
+        ASSERT_EQ(found.directions.size(), 3U);
+        for (const auto& [nearest, column] :
+             {std::pair(Eigen::Vector3d::UnitX(), 0), std::pair(Eigen::Vector3d::UnitY(), 2)}) {
+            const auto element =
+                std::find_if(found.directions.begin(), found.directions.end(),
+                             [&, n = nearest](const auto& e) { return std::abs(e.direction.dot(n)) > 0.9; });
+            ASSERT_NE(element, found.directions.end());
+            EXPECT_NEAR(element->direction.cross(solver.eigenvectors().col(column)).norm(), 0.0, 1e-12);
+        }
+    }
 }
 
 // Each atom is off its partner's image by `off`, the two references among them, in a way that neither turns nor moves
