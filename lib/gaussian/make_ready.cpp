@@ -398,7 +398,7 @@ void check_lines(const input& source, const route& ready, const std::vector<sect
 void check_atoms_suit(const input& source, const route& job, const std::string& in_space) {
     for (const route_keyword& keyword : job.keywords) {
         const std::string& name = keyword.name();
-        if (source.first_type_line != 0 && (name == "amber" || name == "uff" || name == "dreiding" || name == "mm")) {
+        if (source.first_type_line != 0 && is_one_of(name, {"amber", "uff", "dreiding", "mm"})) {
             stop_at(source.name, source.first_type_line,
                     "found an atom with a type for the force field '" + base::shown(keyword.text) +
                         "', which cannot be kept; give the route of another method");
@@ -496,8 +496,11 @@ ready_input make_ready(const std::string& name, int line, std::string_view route
     ready_input result;
     result.route = text_of(ready);
     const std::string_view text = stripped(title);
-    result.title = ready_title(text.empty() ? std::vector<std::string>{} : std::vector<std::string>{std::string(text)},
-                               0, notices);
+    std::vector<std::string> lines;
+    if (!text.empty()) {
+        lines.emplace_back(text);
+    }
+    result.title = ready_title(lines, 0, notices);
     result.atoms = atoms;
     result.fixed_in_space = fixed_in_space(ready);
     return result;

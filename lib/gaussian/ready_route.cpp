@@ -291,9 +291,14 @@ route_keyword with_options(const route_keyword& keyword, predicate is_kept) {
     }
     kept.text = keyword.text.substr(0, keyword.text.find_first_of("=("));
     const bool is_one_word = kept.parts.front().options.size() == 1 && list.find_first_of("=/") == std::string::npos;
-    kept.text += list.empty() ? "" : is_one_word ? "=" + list : "=(" + list + ")";
+    if (is_one_word) {
+        kept.text += "=" + list;
+    } else if (!list.empty()) {
+        kept.text += "=(" + list + ")";
+    }
     for (std::size_t i = 1; i < keyword.parts.size(); ++i) {
-        kept.text += "/" + keyword.parts[i].text;
+        kept.text += '/';
+        kept.text += keyword.parts[i].text;
     }
     return kept;
 }
@@ -478,8 +483,10 @@ std::string fixed_in_space(const route& job) {
 
 route ready_route(const route& job, bool keep_connectivity, const std::string& place, int line,
                   std::vector<notice>& notices) {
-    // What "#t" leaves out of a log may be what is needed of it.
-    route ready{lower(job.head) == "#t" ? "#" : job.head, {}};
+    route ready{job.head, {}};
+    if (lower(job.head) == "#t") {  // what it leaves out of a log may be what is needed of it
+        ready.head = "#";
+    }
     bool has_force = false;
     bool has_nosymm = false;
     for (const route_keyword& keyword : job.keywords) {

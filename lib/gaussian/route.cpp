@@ -39,6 +39,7 @@ std::size_t quotation_size(std::string_view text, std::size_t at) {
 }
 
 /// Takes one keyword with its options off the front of a route, without the blanks that do not separate.
+///   rest  in/out  begins with no separator, and ends with no blank
 std::string take_keyword(std::string_view& rest, const std::string& place) {
     std::string keyword;
     int depth = 0;
@@ -65,7 +66,7 @@ std::string take_keyword(std::string_view& rest, const std::string& place) {
         }
         if (is_gap(c)) {
             const std::size_t next = after_gap(rest, at);
-            if (next == rest.size() || !(joins(rest[next]) || rest[next] == '(')) {
+            if (!joins(rest[next]) && rest[next] != '(') {
                 break;
             }
             at = next;
@@ -91,7 +92,7 @@ std::string take_keyword(std::string_view& rest, const std::string& place) {
 /// with what would be something else at the beginning of a line.
 bool is_keyword(std::string_view text) {
     constexpr std::string_view not_first = "=/(#%@";
-    return !text.empty() && not_first.find(text.front()) == std::string_view::npos && !joins(text.back());
+    return not_first.find(text.front()) == std::string_view::npos && !joins(text.back());
 }
 
 /// Splits a text at those of some separators that stand outside brackets; empty pieces are left out.

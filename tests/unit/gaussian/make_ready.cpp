@@ -144,6 +144,25 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
          ready("# hf guess=alter force nosymm", "1 2\n\n")},
         {job("# hf geom=connectivity", "\n 1 2 1.0\n 2\n"), ready("# hf geom=connectivity force nosymm", connectivity)},
         {job("# hf geom=connectivity", ""), ready("# hf force nosymm")},
+        {job("# hf geom=(connectivity,nocrowd)", ""), ready("# hf geom=nocrowd force nosymm")},
+        {job("# hf geom=connectivity scrf=read", "\n\neps=5.\n\n"), ready("# hf scrf=read force nosymm", "eps=5.\n\n")},
+        {job("# hf geom=connectivity", "\n! bonds\n 1 2 1.0 ! one\n 2\n"),
+         ready("# hf geom=connectivity force nosymm", "! bonds\n 1 2 1.0 ! one\n 2\n\n")},
+        {job("# hf/gen opt=modredundant geom=addredundant", "\nB 1 2 F\n\n" + basis),
+         ready("# hf/gen force nosymm", basis)},
+        {job("# hf scrf=read irc=(report=bonds,calcfc)", "\neps=5.\n\n"),
+         ready("# hf scrf=read force nosymm", "eps=5.\n\n")},
+        {job("# hf scrf=read irc=(report=read)", "\n1 2\n\neps=5.\n\n"),
+         ready("# hf scrf=read force nosymm", "eps=5.\n\n")},
+        {job("# hf output=wfn pop=nboread", "\nh2.wfn\n\n"), ready("# hf force nosymm")},
+        {job("# hf freq=(anharmonic,readanharm)", ""), ready("# hf force nosymm")},
+        {job("# hf freq=(readanharm,fccards)", "\nprint=all\n\n0.1\n\n"), ready("# hf force nosymm")},
+        {job("# amber cphf=rdfreq", "\n0.1\n\n"), ready("# amber force nosymm")},
+        {job("# amber=hardfirst cphf=rdfreq", "\nown\n\n0.1\n\n"), ready("# amber=hardfirst force nosymm", "own\n\n")},
+        {job("# uff=softfirst cphf=rdfreq", "\nown\n\n0.1\n\n"), ready("# uff=softfirst force nosymm", "own\n\n")},
+        {job("# dreiding=softonly cphf=rdfreq", "\nown\n\n0.1\n\n"),
+         ready("# dreiding=softonly force nosymm", "own\n\n")},
+        {job("# mm=modify cphf=rdfreq", "\nown\n\n0.1\n\n"), ready("# mm=modify force nosymm", "own\n\n")},
     };
     for (const auto& row : rows) {
         const std::string found = prepare(row.text).text;
@@ -151,6 +170,21 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         const prepared again = prepare(found);
         EXPECT_EQ(again.text, found) << row.text;
         EXPECT_EQ(again.notices, "") << row.text;
+    }
+}
+
+TEST(make_ready, knows_which_options_of_a_job_type_have_a_section) {
+    for (const char* keyword : {"freq=fccards", "freq=cards", "freq=selectanharmonic", "freq=HinderedRotor",
+                                "freq=readanharm", "polar=rdfreq", "opt=fccards", "geom=rdstep"}) {
+        EXPECT_EQ(prepare(job(std::string("# hf ").append(keyword), "\n0.1 0.2\n\n")).text, ready("# hf force nosymm"))
+            << keyword;
+    }
+    const std::string basis = "H 0\n6-31G\n****\n\n";
+    for (const char* keyword :
+         {"opt=readfc", "opt=readcartesianfc", "freq=readnormalmodes", "freq=readinternalmodes", "freq=intmodes"}) {
+        EXPECT_EQ(prepare(job(std::string("# hf/gen ").append(keyword), "\n" + basis)).text,
+                  ready("# hf/gen force nosymm", basis))
+            << keyword;
     }
 }
 
@@ -167,7 +201,8 @@ TEST(make_ready, tells_of_coordinates_that_were_frozen_or_scanned) {
         EXPECT_EQ(told("opt=modredundant", std::string("B 1 2 A\n").append(line)),
                   "1 'opt=modredundant'" + optimised + "10 '" + line + "'" + frozen);
     }
-    for (const char* line : {"B 1 2 A", "B 1 2 1.4 B", "B 1 2 K ! F", "1 2 H 0.5", "! F", "R1=B(1,2)"}) {
+    for (const char* line : {"B 1 2 A", "B 1 2 1.4 B", "B 1 2 K ! F", "1 2 H 0.5", "! F", "R1=B(1,2)", "Atoms 1",
+                             "NoAtoms", "NotAtoms 1"}) {
         EXPECT_EQ(told("opt=modredundant", line), "1 'opt=modredundant'" + optimised) << line;
     }
     EXPECT_EQ(told("opt=modredundant", "B 1 2 F\nX 1 F"), "1 'opt=modredundant'" + optimised + "9 'B 1 2 F'" + frozen);
@@ -217,11 +252,16 @@ TEST(make_ready, tells_of_atoms_of_one_element_with_different_radii) {
               "14 '2 2.0'" + some + "15 '3 2.1 ! more'" + some);
     EXPECT_EQ(told("scrf=read", "modifysph\n\n2 2.0\n3 2.0 ! the other\n"), "");
     EXPECT_EQ(told("scrf=read", "modifysph\n\n2 2.0 1.1\n3 2.0\n"), "14 '2 2.0 1.1'" + some + "15 '3 2.0'" + some);
-    EXPECT_EQ(told("scrf=read", "modifysph\n\n2-3 2.0\nO 1.5\n5 1.7\n1\n9 2.0\n"), "");
+    EXPECT_EQ(told("scrf=read", "modifysph\n\n2-3 2.0\nO 1.5\n5 1.7\n1\n9 2.0\n, 2 2.0\n"), "");
     EXPECT_EQ(told("scrf=read", "eps=5. ! modifysph\n\n2 2.0\n"), "");
     EXPECT_EQ(told("scrf=read", "modifysph\n\n\n2 2.0\n"), "");  // an empty section: no radii
     EXPECT_EQ(told("massage", "2 Nuc 2.0\n1 2.0\n"), "12 '2 Nuc 2.0'" + some);
+    EXPECT_EQ(told("massage", "2,, 2.0\n"), "");
     EXPECT_EQ(told("guess=alter", "2 3\n"), "");
+    // Of three atoms of an element, where the last one is like the first.
+    EXPECT_EQ(prepare(job("# hf scrf=read", "\nmodifysph\n\n1 2.0\n2 2.1\n3 2.0\n\n", "H 0 0 0\nH 0 0 .9\nH 0 .9 0\n"))
+                  .notices,
+              "12 '1 2.0'" + some + "13 '2 2.1'" + some + "14 '3 2.0'" + some);
 }
 
 TEST(make_ready, leaves_out_link_0_lines_that_name_a_file) {
@@ -278,9 +318,24 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
         {job("# hf geom=connectivity", "\n 1 3 1.0\n\n"),
          "m:9: expected the connectivity that 'geom=connectivity' asks for, found ' 1 3 1.0'; take the keyword out, or "
          "give its section"},
+        {job("# hf geom=connectivity", "\n 0 2 1.0\n\n"),
+         "m:9: expected the connectivity that 'geom=connectivity' asks for, found ' 0 2 1.0'; take the keyword out, or "
+         "give its section"},
+        {job("# hf geom=connectivity", "\n 1\n 2 1\n\n"),
+         "m:10: expected the connectivity that 'geom=connectivity' asks for, found ' 2 1'; take the keyword out, or "
+         "give its section"},
+        {job("# hf geom=connectivity", "\n 1 2 single\n\n"),
+         "m:9: expected the connectivity that 'geom=connectivity' asks for, found ' 1 2 single'; take the keyword out, "
+         "or give its section"},
+        {job("# hf freq=(anharmonic,readanharm)", "\nprint=all\n\nmore\n\n"),
+         "m:9: found 'print=all' after the molecule, and nobody can tell whether it belongs to "
+         "'freq=(anharmonic,readanharm)'; take that keyword and its section out"},
         {job("# hf/gen freq=(anharmonic,readanharm)", "\nprint=all\n\n" + basis),
          "m:9: found 'print=all' after the molecule, and nobody can tell whether it belongs to "
          "'freq=(anharmonic,readanharm)'; take that keyword and its section out"},
+        {job("# hf/gen trajectories=x", "\n0 0 0\n\n" + basis),
+         "m:9: found '0 0 0' after the molecule, and nobody can tell whether it belongs to 'trajectories=x'; take that "
+         "keyword and its sections out"},
         {job("# hf/gen admp=readvelocity", "\n0 0 0\n\n" + basis),
          "m:9: found '0 0 0' after the molecule, and nobody can tell whether it belongs to 'admp=readvelocity'; take "
          "that "
@@ -315,6 +370,15 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
          "m:11: expected the section of 'output=wfx', found '****'; take the keyword out, or give its section"},
         {job("# uff", "", "H-H_ 0 0 0\nH 0 0 .74\n"),
          "m:6: found an atom with a type for the force field 'uff', which cannot be kept; give the route of another "
+         "method"},
+        {job("# amber", "", "H-H_ 0 0 0\nH 0 0 .74\n"),
+         "m:6: found an atom with a type for the force field 'amber', which cannot be kept; give the route of another "
+         "method"},
+        {job("# Dreiding", "", "H 0 0 0\nH-H_ 0 0 .74\n"),
+         "m:7: found an atom with a type for the force field 'Dreiding', which cannot be kept; give the route of "
+         "another method"},
+        {job("# mm", "", "H-H_ 0 0 0\nH 0 0 .74\n"),
+         "m:6: found an atom with a type for the force field 'mm', which cannot be kept; give the route of another "
          "method"},
         {job("# hf units=au charge", "\n0 0 5 1\n\n"),
          "m:1: 'charge' may have coordinates in the units of 'units=au'; give the whole input in angstrom"},
@@ -375,6 +439,7 @@ TEST(make_ready, breaks_a_long_route_between_keywords) {
 
 TEST(make_ready, tells_what_fixed_in_space) {
     EXPECT_EQ(prepare(job("# hf field=x+10", "")).in_space, "field=x+10");
+    EXPECT_EQ(prepare(job("# hf units=au field=x+10", "")).in_space, "field=x+10");
     EXPECT_EQ(prepare(job("# hf", "")).in_space, "");
 }
 
@@ -419,6 +484,7 @@ TEST(make_ready, takes_another_route) {
         prepare(job("# hf/gen geom=connectivity", "\n 1 2 1.0\n 2\n\n" + basis), "# hf/genecp geom=connectivity").text,
         refused("2", "1"));
     EXPECT_EQ(prepare(job("# g4", ""), "# hf/sto-3g").text, ready("# hf/sto-3g force nosymm"));
+    EXPECT_EQ(prepare(job("# uff", "", "H-H_ 0 0 0\nH 0 0 .74\n"), "# hf").text, ready("# hf force nosymm"));
     EXPECT_EQ(prepare(job("# hf", ""), "hf").text,
               "the new route: expected a route, which begins with '#', found 'hf'|standard error|2");
 }

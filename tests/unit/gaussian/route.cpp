@@ -54,6 +54,7 @@ TEST(route, is_taken_apart) {
          "#: scrf[pcm|pcm][solvent|solvent=water] iop[3/76|3/76=1000000000]"},
         {"# irc=(report=(read,x),calcfc)", "#: irc[report|report=(read,x)][calcfc|calcfc]"},
         {"# opt=(ts)freq hf/6-31g(d)scf=tight", "#: opt[ts|ts] freq hf/6-31g[d|d] scf[tight|tight]"},
+        {"# pop=(nbo)6d", "#: pop[nbo|nbo] 6d"},
         {"# mp4(sdtq)/6-31g(d) ccsd(t)-f12", "#: mp4[sdtq|sdtq]/6-31g[d|d] ccsd[|(t)-f12]"},
         {"# scf=(a\tb) x", "#: scf[a|a][b|b] x"},
         {"# opt=calcfc,tight,ts hf", "#: opt[calcfc|calcfc][tight|tight][ts|ts] hf"},
@@ -165,6 +166,7 @@ TEST(route, becomes_ready) {
          "to read a guess from"},
         {"# hf guess=only", "# hf force nosymm|'only' of 'guess=only' left out: the jobs must go on after the guess"},
         {"# hf guess=mix", "# hf guess=mix force nosymm"},
+        {"# hf guess", "# hf guess force nosymm"},
         {"#T hf", "# hf force nosymm"},
         {"# hf charge", "# hf charge force nosymm"},
         {"# external='run.sh' 6-31G(d') opt", "# external='run.sh' 6-31G(d') force nosymm"},
@@ -331,10 +333,12 @@ TEST(route, tells_what_may_end_at_no_stationary_point) {
 }
 
 TEST(route, tells_what_fixed_in_space) {
-    for (const char* text : {"# hf Field=X+10", "# hf charge", "# hf massage", "# hf charge=angstroms"}) {
+    for (const char* text : {"# hf Field=X+10", "# hf charge", "# hf massage", "# hf charge=angstroms",
+                             "# hf guess=(mix,cards)", "# hf guess=input"}) {
         EXPECT_EQ(gaussian::fixed_in_space(parse_route(text, "r:1")), std::string_view(text).substr(5));
     }
-    EXPECT_EQ(gaussian::fixed_in_space(parse_route("# hf scf=(tight) pop=full", "r:1")), "");
+    EXPECT_EQ(gaussian::fixed_in_space(parse_route("# hf scf=(tight) pop=full guess=mix", "r:1")), "");
+    EXPECT_EQ(gaussian::fixed_in_space(parse_route("# hf scf=input", "r:1")), "");
 }
 
 }  // namespace
