@@ -22,10 +22,10 @@ constexpr int element_count = 118;
     stop(place, isotope_refused(text));
 }
 
-/// Reads the atomic number that a label begins with.
+/// Reads the atomic number that a label begins with, which has no sign.
 int number_at_front(std::string_view core, std::string_view text, const std::string& place) {
     int number = 0;
-    if (base::read_integer(core, number) != base::number_status::ok || number < 0 || number > element_count) {
+    if (base::read_integer(core, number) != base::number_status::ok || number > element_count) {
         stop(place, "expected an element symbol or an atomic number from 1 to 118, found '" + base::shown(text) + "'");
     }
     if (number == 0) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -29,10 +30,8 @@ struct cursor {
 
     [[nodiscard]] bool ended() const { return at == end; }
     [[nodiscard]] const input_line& line() const { return lines[at]; }
-    /// The line that a message names where something is missing: this one, or the last one.
-    [[nodiscard]] int number() const {
-        return lines.empty() ? 1 : lines[at < lines.size() ? at : lines.size() - 1].number;
-    }
+    /// The line that a message names where something is missing: this one, or the last one. A job has a line.
+    [[nodiscard]] int number() const { return lines[std::min(at, lines.size() - 1)].number; }
     void skip_blank() {
         while (!ended() && (line().is_blank() || line().is_comment())) {
             ++at;

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+
 #include "gaussian/ready_input.hpp"
 #include "gjf/gjf.hpp"
 #include "support.hpp"
@@ -144,6 +147,9 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
          ready("# hf guess=alter force nosymm", "1 2\n\n")},
         {job("# hf geom=connectivity", "\n 1 2 1.0\n 2\n"), ready("# hf geom=connectivity force nosymm", connectivity)},
         {job("# hf geom=connectivity", ""), ready("# hf force nosymm")},
+        {job("# hf", "\nVariables:\nunused 1.0\n\nConstants:\nunused 1.0\n\n"), ready("# hf force nosymm")},
+        {job("# hf guess=read output=wfn", "\nh2.wfn\n\n"), ready("# hf force nosymm")},
+        {job("# cis(read) output=wfn", "\nh2.wfn\n\n"), ready("# cis force nosymm")},
         {job("# hf geom=(connectivity,nocrowd)", ""), ready("# hf geom=nocrowd force nosymm")},
         {job("# hf geom=connectivity scrf=read", "\n\neps=5.\n\n"), ready("# hf scrf=read force nosymm", "eps=5.\n\n")},
         {job("# hf geom=connectivity", "\n! bonds\n 1 2 1.0 ! one\n 2\n"),
@@ -201,8 +207,8 @@ TEST(make_ready, tells_of_coordinates_that_were_frozen_or_scanned) {
         EXPECT_EQ(told("opt=modredundant", std::string("B 1 2 A\n").append(line)),
                   "1 'opt=modredundant'" + optimised + "10 '" + line + "'" + frozen);
     }
-    for (const char* line : {"B 1 2 A", "B 1 2 1.4 B", "B 1 2 K ! F", "1 2 H 0.5", "! F", "R1=B(1,2)", "Atoms 1",
-                             "NoAtoms", "NotAtoms 1"}) {
+    for (const char* line : {"B 1 2 A", "B 1 2 1.4 B", "B 1 2 K ! F", "1 2 H 0.5", "! F", "R1=B(1,2)", "F 1 2",
+                             "Atoms 1", "NoAtoms", "NotAtoms 1"}) {
         EXPECT_EQ(told("opt=modredundant", line), "1 'opt=modredundant'" + optimised) << line;
     }
     EXPECT_EQ(told("opt=modredundant", "B 1 2 F\nX 1 F"), "1 'opt=modredundant'" + optimised + "9 'B 1 2 F'" + frozen);
@@ -252,12 +258,14 @@ TEST(make_ready, tells_of_atoms_of_one_element_with_different_radii) {
               "14 '2 2.0'" + some + "15 '3 2.1 ! more'" + some);
     EXPECT_EQ(told("scrf=read", "modifysph\n\n2 2.0\n3 2.0 ! the other\n"), "");
     EXPECT_EQ(told("scrf=read", "modifysph\n\n2 2.0 1.1\n3 2.0\n"), "14 '2 2.0 1.1'" + some + "15 '3 2.0'" + some);
-    EXPECT_EQ(told("scrf=read", "modifysph\n\n2-3 2.0\nO 1.5\n5 1.7\n1\n9 2.0\n, 2 2.0\n"), "");
+    EXPECT_EQ(told("scrf=read", "modifysph\n\n2-3 2.0\nO 1.5\n5 1.7\n1\n9 2.0\n, 2 2.0\n+2 2.0\n"), "");
     EXPECT_EQ(told("scrf=read", "eps=5. ! modifysph\n\n2 2.0\n"), "");
     EXPECT_EQ(told("scrf=read", "modifysph\n\n\n2 2.0\n"), "");  // an empty section: no radii
     EXPECT_EQ(told("massage", "2 Nuc 2.0\n1 2.0\n"), "12 '2 Nuc 2.0'" + some);
     EXPECT_EQ(told("massage", "2,, 2.0\n"), "");
     EXPECT_EQ(told("guess=alter", "2 3\n"), "");
+    EXPECT_EQ(prepare(job("# hf scrf=read", "\nmodifysph\n\n1 2.0\n\n", "Og 0 0 0\nOg 0 0 3\n")).notices,
+              "11 '1 2.0'" + some);
     // Of three atoms of an element, where the last one is like the first.
     EXPECT_EQ(prepare(job("# hf scrf=read", "\nmodifysph\n\n1 2.0\n2 2.1\n3 2.0\n\n", "H 0 0 0\nH 0 0 .9\nH 0 .9 0\n"))
                   .notices,
@@ -278,10 +286,10 @@ TEST(make_ready, leaves_out_link_0_lines_that_name_a_file) {
 }
 
 TEST(make_ready, keeps_numbers_that_are_none_of_atoms) {
-    EXPECT_EQ(prepare(job("# hf guess=alter", "\n1 2\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n")).text,
+    EXPECT_EQ(prepare(job("# hf guess=alter", "\n1 2\n0\n\n", "H\nX 1 1.0\nH 1 0.74 2 90.0\n")).text,
               "# hf guess=alter force nosymm\n\nt\n\n0 1\n"
               "   H                0.00000000    0.00000000    0.00000000\n"
-              "   H                0.74000000    0.00000000    0.00000000\n\n1 2\n\n");
+              "   H                0.74000000    0.00000000    0.00000000\n\n1 2\n0\n\n");
 }
 
 TEST(make_ready, leaves_the_connectivity_of_dummy_atoms_out) {
@@ -327,6 +335,9 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
         {job("# hf geom=connectivity", "\n 1 2 single\n\n"),
          "m:9: expected the connectivity that 'geom=connectivity' asks for, found ' 1 2 single'; take the keyword out, "
          "or give its section"},
+        {job("# hf freq=readanharm polar=rdfreq", "\nprint=all\n\n0.1\n\nmore\n\n"),
+         "m:9: found 'print=all' after the molecule, and nobody can tell whether it belongs to "
+         "'freq=readanharm'; take that keyword and its section out"},
         {job("# hf freq=(anharmonic,readanharm)", "\nprint=all\n\nmore\n\n"),
          "m:9: found 'print=all' after the molecule, and nobody can tell whether it belongs to "
          "'freq=(anharmonic,readanharm)'; take that keyword and its section out"},
@@ -348,6 +359,9 @@ TEST(make_ready, refuses_sections_that_are_not_those_of_the_route) {
          "m:9: found '0. 0. 5. 1.' after the molecule, and nobody can tell whether it belongs to 'opt=modredundant'; "
          "take "
          "that keyword and its section out"},
+        {job("# hf charge opt=modredundant scrf=read", "\n0. 0. 5. 1.\n\n"),
+         "m:9: found '0. 0. 5. 1.' after the molecule, and nobody can tell whether it belongs to 'opt=modredundant'; "
+         "take that keyword and its section out"},
         {job("# hf/gen output=wfx", "\n" + basis),
          "m:9: found 'H 0' after the molecule, and nobody can tell whether it belongs to 'output=wfx'; take that "
          "keyword "
@@ -437,6 +451,52 @@ TEST(make_ready, breaks_a_long_route_between_keywords) {
                   "... (450 more characters)'|standard error|2");
 }
 
+TEST(make_ready, breaks_a_route_before_a_long_quotation_at_its_end) {
+    const std::string quoted = "external='run.sh " + std::string(100, 'x') + "'";
+    EXPECT_EQ(prepare(job("# hf force nosymm " + quoted, "")).text, ready("# hf force nosymm\n" + quoted));
+}
+
+TEST(make_ready, leaves_no_text_that_would_be_another_input_when_it_is_written) {
+    const auto written = [](const gaussian::ready_input& input) {
+        std::string text;
+        const std::string error = stopped_with([&] { text = gaussian::write_input(input); });
+        return error == "no error" ? text : error;
+    };
+    gaussian::ready_input plain;
+    plain.route = "#p " + std::string(100, 'x');
+    plain.title = {"t"};
+    plain.atoms.numbers = {2};
+    plain.atoms.positions = Eigen::Matrix3Xd::Zero(3, 1);
+    EXPECT_EQ(written(plain), plain.route +
+                                  "\n\nt\n\n0 1\n"
+                                  "   He               0.00000000    0.00000000    0.00000000\n\n");
+    gaussian::ready_input wrong = plain;
+    wrong.route = "hf";
+    EXPECT_EQ(written(wrong), "expected a route, which begins with '#', found 'hf'|standard error|2");
+    wrong = plain;
+    wrong.title = {"t\n#p"};
+    EXPECT_EQ(written(wrong), "expected one line in the title, found 't\\n#p'|standard error|2");
+    wrong = plain;
+    wrong.title = {" #p"};
+    EXPECT_EQ(written(wrong),
+              "expected no line after the route that begins with '#', which would be taken for the route, in the "
+              "title, found ' #p'|standard error|2");
+    wrong = plain;
+    wrong.sections = {{0, {"# more"}}};
+    EXPECT_EQ(written(wrong),
+              "expected no line after the route that begins with '#', which would be taken for the route, in the "
+              "sections after the molecule, found '# more'|standard error|2");
+    wrong = plain;
+    wrong.link0 = {"%mem=1GB\n#p"};
+    EXPECT_EQ(written(wrong), "expected one line in the Link 0 lines, found '%mem=1GB\\n#p'|standard error|2");
+    for (const double value : {std::nan(""), -std::numeric_limits<double>::infinity()}) {
+        wrong = plain;
+        wrong.atoms.positions(1, 0) = value;
+        EXPECT_EQ(written(wrong), "expected coordinates between -1000 and 10000 angstrom, found " +
+                                      std::to_string(value) + "|standard error|2");
+    }
+}
+
 TEST(make_ready, tells_what_fixed_in_space) {
     EXPECT_EQ(prepare(job("# hf field=x+10", "")).in_space, "field=x+10");
     EXPECT_EQ(prepare(job("# hf units=au field=x+10", "")).in_space, "field=x+10");
@@ -454,6 +514,7 @@ TEST(make_ready, takes_another_route) {
               "point\n"
               "14 the sections after the molecule are left out: the new route asks for none\n");
     EXPECT_EQ(prepare(text, "#p b3lyp/gen").text, ready("#p b3lyp/gen force nosymm", basis));
+    EXPECT_EQ(prepare(job("# hf", ""), "# mp2 symm").notices, "0 'symm' left out: 'nosymm' takes its place\n");
     EXPECT_EQ(prepare(text, "#p b3lyp/gen geom=connectivity").text,
               ready("#p b3lyp/gen geom=connectivity force nosymm", " 1 2 1.0\n 2\n\n" + basis));
     EXPECT_EQ(prepare(job("# hf", ""), "# hf/gen").text,

@@ -1,6 +1,7 @@
 #include "gaussian/read_input.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <cctype>
 #include <cstdio>
@@ -66,6 +67,9 @@ TEST(read_input, takes_water_as_people_write_it) {
         "O 0.0 0.0 ZO\nH 0.0 y -zh\nH 0.0 -Y -ZH\nVariables:\nzo=0.117\nzh 0.470\nConstants:\ny 0.757\n",
         "O 0 0.0 0.0 zo\nH 0 0.0 y zh\nH 0 0.0 -y zh\n\nzo 0.117\ny=0.757\n\nzh=-0.470\n",
         "O/0.0/0.0/0.117\nH/0.0/0.757/-0.470\nH 0.0 -0.757 -0.470\n",
+        "O 0.0 0.0 +_z\nH 0.0 0.757 -0.470\nH 0.0 -0.757 -0.470\n\n_z=0.117\n",
+        "O 0.0 0.0 -_Z\nH 0.0 0.757 -0.470\nH 0.0 -0.757 -0.470\n\n_z -0.117\n",
+        "O(Spin=5,,QMom=0.1) 0.0 0.0 0.117\nH( ) 0.0 0.757 -0.470\nH() 0.0 -0.757 -0.470\n",
         "O 0.0 0.0 0.117\r\nH 0.0 0.757 -0.470\r\nH 0.0 -0.757 -0.470\r\n\r\n",
         "O 0.0 0.0 0.117\nH 0.0 0.757 -0.470\nH 0.0 -0.757 -0.470\n \t \nC 0 0 0\n",
     };
@@ -89,6 +93,7 @@ TEST(read_input, takes_every_kind_of_head) {
         "# hf\n\ntitle\n\n\n\n0 1\n",
         "# hf\n\ntitle\n\n0 1 0 1 0 1\n",
         "# hf\n\ntitle\n\n! comment\n0 1\n",
+        "# hf\n\ntitle\n\n! comment\n\n0 1\n",
         "$RunGauss\n# hf\n\ntitle\n\n0 1\n",
         "--Link1--\n# hf\n\ntitle\n\n+0 1\n",
         "# hf geom=check\n\nother\n\n0 1\n\n--link1--\n# hf\n\ntitle\n\n0 1\n",
@@ -113,6 +118,8 @@ TEST(read_input, takes_every_kind_of_z_matrix) {
         "O\nH 1 r\nH 1 r 2 a\n\nvariables:\nr=1.0\n\nConstants:\na=90.0\n",
         "O\nH 1 r\nH 1 r 2 a\n\nr 1.0 5 0.1\na 90.0 F\n",
         "O\nH 1 r\nH 1 r 2 -a\n\nr 1.0\na -90.0\n",
+        "O\nH 0. 0. 1.\nH 0 1 0 0\n",
+        "O 0. 0. 0.\nH 1 1.0\nH 1 1.0 2 90.0\n",
     };
     for (const std::string text : rows) {
         EXPECT_EQ(read(head + text), bent) << text;
@@ -182,10 +189,17 @@ TEST(read_input, refuses_with_the_line_and_tells_what_to_do) {
         {"Q 0 0 0\n", "m:6: expected an element symbol or an atomic number, found 'Q'"},
         {"O;0.0;0.0;0.117\n", "m:6: expected letters and digits after the symbol of an atom, found 'O;0.0;0.0;0.117'"},
         {"O=1 0.0 0.0 0.117\n", "m:6: expected letters and digits after the symbol of an atom, found 'O=1'"},
+        {"*1 0 0 0\n", "m:6: expected an element symbol or an atomic number, found '*1'"},
+        {"-2 0 0 0\n", "m:6: expected an element symbol or an atomic number, found '-2'"},
+        {"Dq 0 0 0\n", "m:6: expected an element symbol or an atomic number, found 'Dq'"},
+        {"O) 0 0 0\n", "m:6: expected letters and digits after the symbol of an atom, found 'O)'"},
+        {"1.5 0 0 0\n", "m:6: expected an element symbol or an atomic number from 1 to 118, found '1.5'"},
         {"119 0 0 0\n", "m:6: expected an element symbol or an atomic number from 1 to 118, found '119'"},
         {"Carbon 0 0 0\n", "m:6: 'Carbon' may be C or Ca; expected the symbol alone"},
         {"H(Fragment=1)x 0 0 0\n", "m:6: expected nothing after the ')' of an atom, found 'x'"},
         {"H 0. 0. r\n\n5 1.0\nr 2.0\n", "m:6: expected a value for 'r' below the atoms, found none"},
+        {"H 0. 0. z\n\na 1\n\nb 1\n\nz 1\n", "m:6: expected a value for 'z' below the atoms, found none"},
+        {"H 0. 0. r\nVariables:\n=\nr 2.0\n", "m:8: expected the name of a variable, found '='"},
         {"H 0. 0. r\nVariables:\n5 1.0\nr 2.0\n", "m:8: expected the name of a variable, found '5 1.0'"},
         {"Bq 0 0 0\n", "m:6: 'Bq' is a ghost atom, which is no part of a molecule; take it out"},
         {"H-Bq 0 0 0\n", "m:6: 'H-Bq' is a ghost atom, which is no part of a molecule; take it out"},
@@ -206,6 +220,9 @@ TEST(read_input, refuses_with_the_line_and_tells_what_to_do) {
         {"D 0 0 0\n",
          "m:6: 'D' is an isotope, which does not change the forces; expected the element's symbol alone, and "
          "the isotope to be named when the frequencies are computed"},
+        {"T 0 0 0\n",
+         "m:6: 'T' is an isotope, which does not change the forces; expected the element's symbol alone, and "
+         "the isotope to be named when the frequencies are computed"},
         {"O\nH 1 r 0\n\nr=0.96\n",
          "m:7: expected the 2 fields of this line of a Z-matrix, or x, y and z with a 0 before them, found 3 fields "
          "after the label"},
@@ -219,10 +236,19 @@ TEST(read_input, refuses_with_the_line_and_tells_what_to_do) {
         {"C 0.0 0.0 0.0 H\n",
          "m:6: found the layer 'H' of an ONIOM model, whose forces cannot be prepared for; take the "
          "layers out, and the method of one layer"},
+        {"C 0 0 0 M\n",
+         "m:6: found the layer 'M' of an ONIOM model, whose forces cannot be prepared for; take the "
+         "layers out, and the method of one layer"},
+        {"C 1 0.5 0.0 H\n",
+         "m:6: found the layer 'H' of an ONIOM model, whose forces cannot be prepared for; take the "
+         "layers out, and the method of one layer"},
         {"C -1 0.0 0.0 0.0 L H-HC 2\n",
          "m:6: found the layer 'L' of an ONIOM model, whose forces cannot be prepared for; "
          "take the layers out, and the method of one layer"},
         {"O\nH 2 1.0\n", "m:7: expected a reference to an earlier atom, 1..1, found 2"},
+        {"O\nH 0 1.0\n", "m:7: expected a reference to an earlier atom, 1..1, found 0"},
+        {"O\nH 99999999999 1.0\n", "m:7: expected the number or the label of an earlier atom, found '99999999999'"},
+        {"O\nH 1 1.0\nH 1 1.0 2 -90.0\n", "m:8: expected an angle from 0 to 180 degrees, found -90.000000"},
         {"O\nH H2 1.0\n", "m:7: expected the number or the label of an earlier atom, found 'H2'"},
         {"O\nH 1 1.0\nH 1 1.0 2 100.0\nF H 1.0 1 90.0 2 0.0\n",
          "m:9: expected the number of an earlier atom, found 'H', the label of more than one"},
@@ -231,6 +257,10 @@ TEST(read_input, refuses_with_the_line_and_tells_what_to_do) {
          "dummy atom"},
         {"O\nH 1 1.0\nH 1 1.0 2 90.0\nH 1 1.0 2 90.0 3 90.0 2\n",
          "m:9: expected 0, 1 or -1 at the end of a line of a Z-matrix, found '2'"},
+        {"O\nH 1 1.0\nH 1 1.0 2 90.0\nH 1 1.0 2 90.0 3 90.0 -2\n",
+         "m:9: expected 0, 1 or -1 at the end of a line of a Z-matrix, found '-2'"},
+        {"O\nH 1 1.0\nH 1 1.0 2 90.0\nH 1 1.0 2 90.0 3 90.0 0.\n",
+         "m:9: expected 0, 1 or -1 at the end of a line of a Z-matrix, found '0.'"},
         {"@water.xyz\n", "m:6: found '@water.xyz', which includes a file; put the text of that file in its place"},
         {"", "m:5: expected the first atom, found none"},
         {"\n", "m:6: expected the first atom, found none"},
@@ -259,6 +289,10 @@ TEST(read_input, refuses_a_head_that_is_not_whole) {
          "m:5: expected charge and multiplicity, two integers, found 'O 0 0 0'; the title, which "
          "begins on line 3, ends before it"},
         {"# hf\n\nt\n\n0 0\nO 0 0 0\n", "m:5: expected a charge and a positive multiplicity, found '0 0'"},
+        {"# hf\n\nt\n\n99999999999 1\nO 0 0 0\n",
+         "m:5: expected a charge and a positive multiplicity, found '99999999999 1'"},
+        {"# hf\n\nt\n\n0 99999999999\nO 0 0 0\n",
+         "m:5: expected a charge and a positive multiplicity, found '0 99999999999'"},
         {"# hf\n\nt\n\n0 1 0\nO 0 0 0\n",
          "m:5: expected charge and multiplicity, two integers, found '0 1 0'; the title, "
          "which begins on line 3, ends before it"},
@@ -276,6 +310,9 @@ TEST(read_input, refuses_a_head_that_is_not_whole) {
          "its "
          "formatted checkpoint"},
         {"# hf geom=check\n\nt\n\n0 1\n",
+         "m:1: the molecule is in a checkpoint file, as the route says; prepare the log of "
+         "the job that wrote it, or its formatted checkpoint"},
+        {"# hf geom=check\n\nt\n\n0 1\n\n--link1--\n# hf geom=check\n\nt\n\n0 1\n",
          "m:1: the molecule is in a checkpoint file, as the route says; prepare the log of "
          "the job that wrote it, or its formatted checkpoint"},
         {"%chk=a\n# hf Geom(AllCheck)\n",
@@ -341,6 +378,15 @@ TEST(read_input, joins_the_lines_of_a_route_by_a_blank) {
     const gaussian::input job = gaussian::read_input(text, "m", notices);
     EXPECT_EQ(job.route_text, "#p hf/3-21g opt");
     EXPECT_EQ(job.route_line, 1);
+}
+
+TEST(read_input, refuses_more_lines_than_can_be_numbered) {
+    constexpr std::size_t size = std::size_t{1} << 31U;
+    void* const bytes = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(bytes, MAP_FAILED);
+    EXPECT_EQ(read(std::string_view(static_cast<const char*>(bytes), size)),
+              "m: found 2147483648 bytes, expected an input of at most 2147483647|standard error|2");
+    munmap(bytes, size);
 }
 
 TEST(read_input, names_places) {

@@ -201,6 +201,10 @@ TEST(z_matrix, refuses_what_cannot_be_built_and_names_the_line) {
          "z:30: no point has both of its angles; expected two angles that fit together|standard error|2"},
         {{point(0, 0, 0), point(0, 0, 8e-6), line_of({2, 1, 0}, {1, 1, 0})},
          "z:20: atoms 2 and 1, which it refers to, lie on the same point|standard error|2"},
+        {{point(0, 0, 0), second, line_of({1, 2, 0}, {1, 90 * degree, 0}), line_of({1, 2, 3}, {1, 1, 1}),
+          point(1, 1, 1)},
+         "z:5: found Cartesian coordinates after a line with fewer than three references, where nobody can tell their "
+         "relative position; give the first three atoms in Cartesian coordinates, or none|standard error|2"},
         {{point(0, 0, 0), second, point(1, 1, 1)},
          "z:5: found Cartesian coordinates after a line with fewer than three references, where nobody can tell their "
          "relative position; give the first three atoms in Cartesian coordinates, or none|standard error|2"},
