@@ -112,7 +112,11 @@ std::string checkpoint_route(const checkpoint& from, const std::string& name, st
     notices.push_back({2,
                        "the route is made of this line's method and basis: what else the job was computed with, such "
                        "as a solvent, dispersion or a grid, is not in the checkpoint; --route gives another one"});
-    return "#p " + method + (is_built_in ? "" : "/" + from.basis);
+    std::string route = "#p " + method;
+    if (!is_built_in) {
+        route += "/" + from.basis;
+    }
+    return route;
 }
 
 }  // namespace displacement_generator::gaussian

@@ -50,7 +50,7 @@ class reading {
     bool take_whole_number(std::string_view name, int& value);
     void take_integers(std::vector<int>& values);
     template <class values_type>
-    void take_reals(std::string_view name, long long expected, values_type& values);
+    void take_reals(long long expected, values_type& values);
     void take_route();
     void take_ghosts();
     void take_vectors();
@@ -168,10 +168,7 @@ void reading::take_integers(std::vector<int>& values) {
 
 /// Values are gathered as they come, so that a size alone takes no memory.
 template <class values_type>
-void reading::take_reals(std::string_view name, long long expected, values_type& values) {
-    if (heading_.name != name) {
-        return;
-    }
+void reading::take_reals(long long expected, values_type& values) {
     check_size('R', expected);
     std::vector<double> gathered;
     for (int i = 0; i < heading_.size; ++i) {
@@ -211,7 +208,7 @@ void reading::take_route() {
 /// Without a nuclear charge an atom holds basis functions and nothing else.
 void reading::take_ghosts() {
     Eigen::VectorXd charges;
-    take_reals(heading_.name, atoms(), charges);
+    take_reals(atoms(), charges);
     found_.ghosts.clear();
     for (Eigen::Index i = 0; i < charges.size(); ++i) {
         if (charges(i) == 0.0) {
@@ -227,7 +224,7 @@ void reading::take_vectors() {
         from_.refuse("expected up to three vectors in the section '" + heading_.name + "', found other values");
     }
     Eigen::Matrix3Xd vectors;
-    take_reals(heading_.name, heading_.size, vectors);
+    take_reals(heading_.size, vectors);
     found_.vectors = static_cast<int>((vectors.array() != 0.0).colwise().any().count());
 }
 
@@ -272,18 +269,18 @@ void reading::take_section() {
     } else if (name == "Route" && heading_.is_array && heading_.type == 'C') {
         take_route();
     } else if (name == "Current cartesian coordinates") {
-        take_reals(name, 3 * atoms(), found_.coordinates);
+        take_reals(3 * atoms(), found_.coordinates);
     } else if (name == "Real atomic weights") {
-        take_reals(name, atoms(), found_.weights);
+        take_reals(atoms(), found_.weights);
     } else if (name == "Cartesian Gradient") {
-        take_reals(name, 3 * atoms(), found_.gradient);
+        take_reals(3 * atoms(), found_.gradient);
     } else if (name == "Dipole Moment") {
         found_.dipole.emplace();
-        take_reals(name, 3, *found_.dipole);
+        take_reals(3, *found_.dipole);
     } else if (name == "Cartesian Force Constants") {
-        take_reals(name, 3 * atoms() * (3 * atoms() + 1) / 2, found_.force_constants);
+        take_reals(3 * atoms() * (3 * atoms() + 1) / 2, found_.force_constants);
     } else if (name == "Dipole Derivatives") {
-        take_reals(name, 9 * atoms(), found_.dipole_derivatives);
+        take_reals(9 * atoms(), found_.dipole_derivatives);
     } else {
         skip_values();
     }

@@ -25,12 +25,14 @@ constexpr double same_digits = 1.1e-6;
 /// A table of six decimals laid on another one in a turned frame: rounding of both and of the rotation found.
 constexpr double same_when_turned = 1e-5;
 
+// Both are for positions of the same atoms, of which there is one at least.
+
 bool same_positions(const Eigen::Matrix3Xd& a, const Eigen::Matrix3Xd& b) {
-    return a.cols() == b.cols() && a.cols() != 0 && (a - b).cwiseAbs().maxCoeff() <= same_digits;
+    return (a - b).cwiseAbs().maxCoeff() <= same_digits;
 }
 
 bool same_when_laid_on(const Eigen::Matrix3Xd& a, const Eigen::Matrix3Xd& b) {
-    return a.cols() == b.cols() && a.cols() != 0 && superpose(a, b).largest_distance <= same_when_turned;
+    return superpose(a, b).largest_distance <= same_when_turned;
 }
 
 bool has_word(std::string_view route, std::string_view word) {
@@ -132,7 +134,7 @@ void assembly::take_geometry() {
 ///   line  in  of the heading of the table
 void assembly::tell_of_other_geometry(const log_rows& rows, int line) {
     const molecule& archived = from_.archive.molecule;
-    if (archived.numbers != rows.numbers || archived.positions.cols() == 0) {
+    if (archived.numbers != rows.numbers) {
         return;
     }
     const double distance = superpose(archived.positions, rows.values).largest_distance;

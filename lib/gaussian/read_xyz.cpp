@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <climits>
 #include <cstddef>
 #include <string>
@@ -48,7 +49,7 @@ xyz_contents read_xyz(source& from) {
     int count = 0;
     while (next_count(from, count)) {
         std::vector<int>& numbers = contents.molecule.numbers;
-        contents.line = static_cast<int>(from.line_number() < INT_MAX ? from.line_number() : INT_MAX);
+        contents.line = static_cast<int>(std::min<long long>(from.line_number(), INT_MAX));
         ++contents.frames;
         numbers.clear();
         coordinates.clear();

@@ -56,7 +56,7 @@ bool is_candidate(const char* line, const char* end) {
         return false;
     }
     const char* const of_first = second.of[static_cast<unsigned char>(line[1])];
-    return line[2] != '\0' && (line[2] == of_first[0] || line[2] == of_first[1]);
+    return line[2] == of_first[0] || line[2] == of_first[1];
 }
 
 /// Whether a job begins or ends with a line. Where a log breaks off and another one follows, such a line may stand in
@@ -186,7 +186,7 @@ void scanner::take_job_line(std::string_view line) {
     if (normal || line.starts_with(" Error")) {
         job_.ended_normally = normal;
         end_job();
-    } else if (!in_job_ || job_.line != 0 || job_.has_geometry() || job_.ended_normally) {
+    } else if (!in_job_ || job_.line != 0 || job_.has_geometry()) {
         end_job();
         begin_job();
     }

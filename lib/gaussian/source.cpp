@@ -62,7 +62,7 @@ bool source::next_line(std::string_view& line, std::size_t longest) {
         check_read();
         return false;
     }
-    line_is_whole_ = reader_.begin != 0 && reader_.block[reader_.begin - 1] == '\n';
+    line_is_whole_ = reader_.block[reader_.begin - 1] == '\n';
     if (reader_.line_number == 1 && line.starts_with(byte_order_mark)) {
         line.remove_prefix(byte_order_mark.size());
     }

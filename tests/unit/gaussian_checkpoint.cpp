@@ -105,11 +105,56 @@ TEST(gaussian_checkpoint, vectors_of_a_periodic_system_are_counted) {
     EXPECT_EQ(read(text).vectors, 0);
     EXPECT_EQ(read(text + heading + "6\n 0.0 0.0 4.5 0.0 0.0 0.0\n").vectors, 1);
     EXPECT_EQ(read(text + heading + "9\n 0.0 0.0 4.5 0.0 3.0\n 0.0 1.0 0.0 0.0\n").vectors, 3);
+    EXPECT_EQ(refused(text + "Translation vectors                        R      4.500000000000000E+00\n"),
+              "mol.fchk:40: expected up to three vectors in the section 'Translation vectors', found other values");
     for (const char* size : {"4\n", "12\n"}) {
         EXPECT_TRUE(refused(text + heading + size)
                         .ends_with("expected up to three vectors in the section 'Translation vectors', found other "
                                    "values"));
     }
+}
+
+/// The heading of an array.
+std::string heading(std::string name, char type, int size) {
+    name.resize(40, ' ');
+    const std::string digits = std::to_string(size);
+    return name + "   " + type + "   N=" + std::string(12 - digits.size(), ' ') + digits + "\n";
+}
+
+TEST(gaussian_checkpoint, sections_that_nobody_wants_are_passed_over_whatever_their_lines_look_like) {
+    const std::string like = "Charge                                     I               99\n";
+    std::string reals;
+    std::string integers;
+    for (int i = 0; i < 5; ++i) {
+        reals += "  1.00000000E+00";
+        integers += "           1";
+    }
+    integers += "           1";
+    for (const std::string& section :
+         {heading("Energies", 'R', 6) + reals + "\n  1.00000000E+00\n",
+          heading("Shells", 'I', 7) + integers + "\n           1\n", heading("Names", 'C', 5) + like,
+          heading("Names", 'C', 6) + like + like, heading("Marks", 'H', 9) + like,
+          heading("Marks", 'H', 10) + like + like, heading("Flags", 'L', 72) + like,
+          heading("Flags", 'L', 73) + like + like,
+          std::string("Name                                       C     text\n"),
+          std::string("Route                                      C     # hf\n"), heading("Route", 'I', 1) + " 1\n"}) {
+        const gaussian::checkpoint found = read(support::checkpoint_text(twin()) + section +
+                                                "Multiplicity                               I                7\n");
+        EXPECT_EQ(found.charge, -1) << section;
+        EXPECT_EQ(found.multiplicity, 7) << section;
+        EXPECT_EQ(found.route, twin().route) << section;
+    }
+}
+
+TEST(gaussian_checkpoint, has_one_number_of_atoms) {
+    const std::string text = support::checkpoint_text(twin());
+    const std::string atoms = "Number of atoms                            I                ";
+    EXPECT_EQ(read(text + atoms + "2\n").numbers.size(), 2U);
+    EXPECT_EQ(refused(text + atoms + "3\n"), "mol.fchk:40: expected one number of atoms from 1 to 1000000, found 3");
+    const std::string head = "title\nFreq\n" + atoms.substr(0, atoms.size() - 6);
+    EXPECT_EQ(refused(head + "1000000\n"), "mol.fchk: expected a section 'Charge', found none");
+    EXPECT_EQ(refused(head + "1000001\n"), "mol.fchk:3: expected one number of atoms from 1 to 1000000, found 1000001");
+    EXPECT_EQ(refused("title\nFreq\n"), "mol.fchk: expected a section 'Number of atoms', found none");
 }
 
 TEST(gaussian_checkpoint, a_route_that_is_cut_or_too_long_is_refused) {
@@ -151,6 +196,7 @@ TEST(gaussian_checkpoint, a_route_of_method_and_basis) {
         {"UCCSD(T)-FU", "6-31G*", "#p UCCSD(T,full)/6-31G*"},
         {"RCCSD(T)-FC", "6-31G*", "#p RCCSD(T,fc)/6-31G*"},
         {"RCISD-FC", "6-31G", "#p RCISD(fc)/6-31G"},
+        {"RMP4(SDQ)", "3-21G", "#p RMP4(SDQ)/3-21G"},
         {"RPM6", "ZDO", "#p RPM6"},
         {"UFF", "MM", "#p UFF"},
     };
@@ -160,11 +206,13 @@ TEST(gaussian_checkpoint, a_route_of_method_and_basis) {
     const struct {
         const char* method;
         const char* basis;
-    } refused_rows[] = {{"RB3LYP", "Gen"},      {"RB3LYP", "GenECP"},      {"RB3LYP", ""},
-                        {"", "6-31G"},          {"RB3LYP", "ChkBas"},      {"Mixed", "Mixed"},
-                        {"RCIS-FC", "3-21G"},   {"RTD-B3LYP-FC", "3-21G"}, {"RB3LYP TD-FC", "SDD"},
-                        {"RCASSCF", "3-21G"},   {"CASSCF", "3-21G"},       {"ONIOM(HF:UFF)", "3-21G"},
-                        {"RB+HF-LYP", "3-21G"}, {"UEOM-CCSD", "3-21G"},    {"ZINDO", "ZDO"}};
+    } refused_rows[] = {
+        {"RB3LYP", "Gen"},       {"RB3LYP", "GenECP"},   {"RB3LYP", ""},       {"", "6-31G"},
+        {"RB3LYP", "ChkBas"},    {"Mixed", "Mixed"},     {"RCIS-FC", "3-21G"}, {"RTD-B3LYP-FC", "3-21G"},
+        {"RB3LYP TD-FC", "SDD"}, {"RCASSCF", "3-21G"},   {"CASSCF", "3-21G"},  {"ONIOM(HF:UFF)", "3-21G"},
+        {"RB+HF-LYP", "3-21G"},  {"UEOM-CCSD", "3-21G"}, {"ZINDO", "ZDO"},     {"RB3LYP", "-31G"},
+        {"RB3LYP", "*"},         {"-HF", "3-21G"},       {"ONIOM", "3-21G"},   {"RGVB", "3-21G"},
+        {"UTD-B3LYP", "3-21G"},  {"ROSAC-CI", "3-21G"},  {"Mixed", "3-21G"},   {"RMP4(SDQ)-FC", "3-21G"}};
     for (const auto& row : refused_rows) {
         EXPECT_EQ(route_of(row.method, row.basis),
                   std::string("m:2: expected a method and a basis that a route can hold, found '") + row.method +
@@ -228,7 +276,7 @@ TEST(gaussian_checkpoint, what_is_written_is_read_back_to_all_digits) {
 
 TEST(gaussian_checkpoint, the_columns_of_what_is_written) {
     gaussian::checkpoint what;
-    what.title = "title\nwith a line end";
+    what.title = "title\nwith a line end~\x7f";
     what.job = "Freq";
     what.method = "RHF";
     what.basis = "STO-3G";
@@ -237,7 +285,7 @@ TEST(gaussian_checkpoint, the_columns_of_what_is_written) {
     what.energy = -1.5;
     what.dipole = Eigen::Vector3d(1.0, 0.0, -2.0);
     EXPECT_EQ(gaussian::checkpoint_text(what),
-              "title with a line end" + std::string(51, ' ') + "\n" +
+              "title with a line end~" + std::string(50, ' ') + "\n" +
                   "Freq      RHF                           STO-3G                        \n"
                   "Number of atoms                            I                2\n"
                   "Charge                                     I                0\n"
@@ -258,6 +306,9 @@ TEST(gaussian_checkpoint, what_cannot_be_written) {
         support::stopped_with([&] { gaussian::checkpoint_text(what); }),
         "checkpoint_text: expected atoms and their coordinates, found 0 numbers and 0 positions|standard error|2");
     what.numbers = {1};
+    EXPECT_EQ(
+        support::stopped_with([&] { gaussian::checkpoint_text(what); }),
+        "checkpoint_text: expected atoms and their coordinates, found 1 numbers and 0 positions|standard error|2");
     what.coordinates = Eigen::Matrix3Xd::Constant(3, 1, std::nan(""));
     EXPECT_EQ(support::stopped_with([&] { gaussian::checkpoint_text(what); }),
               "checkpoint_text: expected a finite number, found one that is not|standard error|2");
@@ -289,6 +340,43 @@ TEST(gaussian_checkpoint, refusals) {
         {"Number of atoms                            I                2", "",
          "mol.fchk:6: expected the section 'Number of atoms' before 'Atomic numbers', found none"},
         {"Charge  ", "Change  ", "mol.fchk: expected a section 'Charge', found none"},
+        {"Multiplicity  ", "Manyplicity   ", "mol.fchk: expected a section 'Multiplicity', found none"},
+        {"Atomic numbers  ", "Atomic nombers  ", "mol.fchk: expected a section 'Atomic numbers', found none"},
+        {"Current cartesian", "Another cartesian",
+         "mol.fchk: expected a section 'Current cartesian coordinates', found none"},
+        {"Charge                                     I               -1",
+         "Charge                                     I   N=           1",
+         "mol.fchk:4: expected an integer in the section 'Charge', found ''"},
+        {"Charge                                     I               -1",
+         "Charge                                     X               -1",
+         "mol.fchk:4: expected the heading of a section, found 'Charge                                     X           "
+         " "
+         "   -... (1 more characters)'"},
+        {"Charge                                     I               -1",
+         "Charge                                     I.              -1",
+         "mol.fchk:4: expected the heading of a section, found 'Charge                                     I.          "
+         " "
+         "   -... (1 more characters)'"},
+        {"Charge                                     I               -1",
+         "Charge                                   . I               -1",
+         "mol.fchk:4: expected the heading of a section, found 'Charge                                   . I           "
+         " "
+         "   -... (1 more characters)'"},
+        {"Atomic numbers                             I   N=           2",
+         "Atomic numbers                             I                2",
+         "mol.fchk:6: expected the section 'Atomic numbers' with 2 values of type I, found one value of type I"},
+        {"Atomic numbers                             I   N=           2",
+         "Atomic numbers                             R   N=           2",
+         "mol.fchk:6: expected the section 'Atomic numbers' with 2 values of type I, found 2 of type R"},
+        {"           8           1", "           0           1",
+         "mol.fchk: expected atomic numbers from 1 to 118, found 0 for atom 1"},
+        {"Total Energy                               R     -7.640890123456789E+01",
+         "Total Energy                               R   N=           1",
+         "mol.fchk:13: expected a number in the section 'Total Energy', found ''"},
+        {"Total Energy                               R  ", "Total Energy                               I  ",
+         "mol.fchk:13: expected a number in the section 'Total Energy', found '-7.640890123456789E+01'"},
+        {"-7.640890123456789E+01", "**********************",
+         "mol.fchk:13: expected a number in the section 'Total Energy', found '**********************'"},
         {"Atomic numbers                             I   N=           2",
          "Atomic numbers                             I   N=           3",
          "mol.fchk:6: expected the section 'Atomic numbers' with 2 values of type I, found 3 of type I"},

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "gaussian/archive.hpp"
 #include "gaussian/line_ends.hpp"
 #include "gaussian_twin.hpp"
 #include "support.hpp"
@@ -437,9 +438,135 @@ TEST(gaussian_log, a_terse_log_with_a_z_matrix) {
     EXPECT_LE(
         difference(heavy.molecule.positions, (Eigen::Matrix3Xd(3, 3) << 0, 0, 0.97, 0, 0, 0, 0, 0.97, 0).finished()),
         1e-12);
-    for (const char* molecule : {"0,1\\O\\H-Bq,1,0.97", "0,1\\O\\H,1,r", "0,1\\O,0.,0.,0.\\Tv,0.,0.,9."}) {
+    EXPECT_EQ(read(terse("0,1\\8,0.,0.,0.\\H,0.,0.,0.97\\H,0.97,0.,0.")).log.job.molecule.numbers, water);
+    for (const char* molecule :
+         {"0,1\\O\\H-Bq,1,0.97", "0,1\\O\\H,1,r", "0,1\\O,0.,0.,0.\\Tv,0.,0.,9.", "0\\O,0.,0.,0.", "0,1,2\\O,0.,0.,0.",
+          "0,x\\O,0.,0.,0.", "x,1\\O,0.,0.,0.", "0,1\\O(Spin=1)x,0.,0.,0.", "0,1\\O,x,0.,0.,0.", "0,1\\O,*,0.,0.",
+          "0,1\\O,0.,*,0.", "0,1\\O,0.,0.,*", "0,1\\O,0.,0.", "0,1\\O,0,0.,0.,0.,0.", "0,1"}) {
         EXPECT_EQ(read(terse(molecule)).log.job.number, 0) << molecule;
     }
+}
+
+gaussian::archive_entry entry_of(const std::string& results, const std::string& top = "\\RHF\\STO-3G\\H1") {
+    return gaussian::read_archive("1\\1\\GINC-X\\SP" + top + "\\\\# hf\\\\t\\\\0,2\\H,0.,0.,0.\\\\" + results +
+                                  "\\\\@");
+}
+
+TEST(gaussian_archive, has_the_last_energy_that_is_one) {
+    const struct {
+        const char* results;
+        double energy;
+        bool beyond_self_consistent;
+    } rows[] = {
+        {"HF=-0.5", -0.5, false},
+        {"State=2-S\\HF= -0.5 \\S2=0.75\\RMSD=1e-9", -0.5, false},
+        {"HF=-0.5\\MP2=-0.6", -0.6, true},
+        {"HF=-0.5\\MP2=-0.6\\MP4SDQ=-0.7\\CCSD(T)=-0.8", -0.8, true},
+        {"HF=-0.5\\QCISD(T)=-0.6", -0.6, true},
+        {"HF=-0.5\\BD=-0.6", -0.6, true},
+        {"HF=-0.5\\BD(TQ)=-0.6", -0.6, true},
+        {"HF=-0.5\\BDX=-0.6", -0.5, false},
+        {"HF=-0.5\\MP2=******", -0.5, false},
+        {"HF=-0.5\\MP2", -0.5, false},
+    };
+    for (const auto& row : rows) {
+        const gaussian::archive_entry found = entry_of(std::string("Version=x\\") + row.results);
+        EXPECT_EQ(found.energy, row.energy) << row.results;
+        EXPECT_EQ(found.beyond_self_consistent, row.beyond_self_consistent) << row.results;
+        EXPECT_EQ(found.molecule.numbers, std::vector<int>{1});
+        EXPECT_EQ(found.molecule.multiplicity, 2);
+    }
+    EXPECT_FALSE(entry_of("Version=x\\HF=x").energy);
+}
+
+TEST(gaussian_archive, is_empty_where_its_sections_are_not_in_their_places) {
+    EXPECT_EQ(entry_of("Version=x\\HF=-0.5").route, "# hf");
+    EXPECT_EQ(entry_of("HF=-0.5").route, "");
+    EXPECT_FALSE(entry_of("HF=-0.5").has_charge);
+    EXPECT_FALSE(gaussian::read_archive("1\\1\\GINC-X\\\\# hf\\\\t\\\\Version=x\\HF=-0.5\\\\@").energy);
+}
+
+TEST(gaussian_archive, has_method_and_basis_in_its_first_section) {
+    EXPECT_EQ(entry_of("Version=x").method, "RHF");
+    EXPECT_EQ(entry_of("Version=x").basis, "STO-3G");
+    EXPECT_EQ(entry_of("Version=x", "\\RHF\\STO-3G").basis, "STO-3G");
+    EXPECT_EQ(entry_of("Version=x", "\\RHF").method, "");
+    EXPECT_EQ(entry_of("Version=x", "\\RHF").molecule.numbers, std::vector<int>{1});
+}
+
+TEST(gaussian_archive, of_separators_alone_is_not_taken_apart_without_end) {
+    std::string results = "Version=x";
+    for (int field = 2; field < 300000; ++field) {
+        results += "\\a";
+    }
+    EXPECT_EQ(entry_of(results + "\\HF=-0.5").energy, -0.5);
+    EXPECT_FALSE(entry_of(results + "\\a\\HF=-0.5").energy);
+}
+
+TEST(gaussian_log, an_archive_entry_without_results_ends_at_its_mark) {
+    const outcome found =
+        read(" Entering Gaussian System\n 1\\1\\X\\\\# hf\\\\t\\\\@\n Normal termination of Gaussian 16 at x.\n");
+    EXPECT_EQ(found.log.ended_normally, 1);
+    EXPECT_TRUE(found.notices.empty());
+}
+
+TEST(gaussian_log, without_symmetry_the_standard_orientation_is_the_frame_of_the_input) {
+    twin_job twin = water_job();
+    twin.standard = some_turn();
+    twin.input_tables = false;
+    twin.archive = false;
+    for (const char* route : {"# hf nosymm", "# hf NoSym", "# hf Symmetry=None", "# hf symm=none",
+                              "# hf symmetry(none)", "# hf symmetry=(None)"}) {
+        twin.route = route;
+        const std::string text = log_text({.jobs = {twin}});
+        const outcome found = read(replaced(text, " ***** Axes restored to original set *****\n", ""));
+        EXPECT_EQ(found.log.job.in, gaussian::frame::input) << route;
+        EXPECT_EQ(difference(found.log.job.forces, water_forces()), 0.0) << route;
+        EXPECT_TRUE(found.notices.empty()) << route;
+        EXPECT_EQ(read(text).log.job.in, gaussian::frame::standard) << route;
+    }
+    twin.route = "# hf symmetry=loose";
+    const std::string text = log_text({.jobs = {twin}});
+    EXPECT_EQ(read(replaced(text, " ***** Axes restored to original set *****\n", "")).log.job.in,
+              gaussian::frame::standard);
+}
+
+TEST(gaussian_log, an_energy_that_did_not_converge_is_told) {
+    const std::string text = log_text({.jobs = {water_job()}});
+    const int line = line_of(text, " SCF Done:");
+    EXPECT_EQ(read(replaced(text, " SCF Done:", " >>>>>>>>>> Convergence criterion not met.\n SCF Done:"))
+                  .log.job.unconverged_line,
+              line);
+    EXPECT_EQ(read(replaced(text, " SCF Done:", " >>>>>>>>>> Something else.\n SCF Done:")).log.job.unconverged_line,
+              0);
+}
+
+TEST(gaussian_log, a_job_without_its_beginning_ends_where_the_next_one_begins) {
+    twin_job first = water_job();
+    first.ends_normally = false;
+    const std::string cut = log_text({.jobs = {first}});
+    const std::string headless = cut.substr(cut.find(" Charge ="));
+    const std::string whole = log_text({.jobs = {water_job()}});
+    for (const std::string& text : {headless + whole, headless + whole.substr(whole.find(" -----"))}) {
+        const outcome found = read(text);
+        EXPECT_EQ(found.log.jobs, 2);
+        EXPECT_EQ(found.log.ended_normally, 1);
+        EXPECT_EQ(found.log.job.number, 2);
+        EXPECT_EQ(found.log.job.geometries, 1);
+        EXPECT_EQ(found.log.job.route, twin_job().route);
+    }
+}
+
+TEST(gaussian_log, a_route_without_an_end_is_cut) {
+    const std::string whole = log_text({.jobs = {water_job()}});
+    std::string text = " -------\n # hf\n";
+    for (int line = 0; line < 1000; ++line) {
+        text += " " + std::string(70, 'x') + "\n";
+    }
+    const outcome found = read(text + whole.substr(whole.find(" Charge =")));
+    EXPECT_EQ(found.log.job.route, "# hf " + std::string(std::size_t{70} * 937, 'x'));  // the first past 65536
+    EXPECT_EQ(found.log.job.line, 2);
+    EXPECT_EQ(difference(found.log.job.molecule.positions, water_positions()), 0.0);
 }
 
 TEST(gaussian_log, the_first_charge_is_that_of_the_molecule) {
@@ -467,11 +594,13 @@ TEST(gaussian_log, a_route_is_found_in_its_box) {
     const std::string orientation = log_text({.jobs = {water_job()}});
     const std::string rest = orientation.substr(orientation.find(" Charge ="));
     for (const char* box : {" -------\n # hf/3-21g opt\n -------\n", " -------\r\n # hf/3-21g opt\r\n -------\r\n",
-                            " -------\n   # hf/3-21g opt\n -------\n"}) {
+                            " -------\n   # hf/3-21g opt\n -------\n", " -------\n # hf/3-21g\nopt\n -------\n"}) {
         const gaussian::log_job job = read(" Entering Gaussian System, Link 0=g09\n" + std::string(box) + rest).log.job;
         EXPECT_EQ(job.route, "# hf/3-21g opt") << box;
         EXPECT_EQ(job.line, 3);
     }
+    EXPECT_EQ(read(" -------\n # hf/3-21g opt\n -------\n" + rest).log.job.line, 2);
+    EXPECT_EQ(read(" # hf/3-21g opt\n -------\n" + rest).log.job.line, 0);
     // Not in a box: of a batch system, and of the archive entry.
     const gaussian::log_job job = read(" ------\n\n # not a route\n------\n# nor this\n" + rest).log.job;
     EXPECT_EQ(job.route, twin_job().route);
@@ -560,11 +689,38 @@ TEST(gaussian_log, a_row_of_another_element_or_out_of_order_stops_the_run) {
     const std::string row = "      2          1           0 ";
     const std::string heaviest = replaced(text, row, "      2        118           0 ");
     EXPECT_EQ(read(heaviest).log.job.molecule.numbers, (std::vector<int>{8, 118, 1}));
+    EXPECT_EQ(read(replaced(text, "      3          1           0 ", " 250000          1           0 "))
+                  .log.job.molecule.numbers,
+              water);
     for (const char* wrong :
-         {"      2        119           0 ", "      1          1           0 ", "      2         -3           0 "}) {
+         {"      2        119           0 ", "      1          1           0 ", "      2         -3           0 ",
+          " ******          1           0 ", "      2       ****           0 ", "      2.5        1           0 "}) {
         const std::string message = support::stopped_with([&] { read(replaced(text, row, wrong)); });
         EXPECT_NE(message.find("expected an atom's number and position, found '"), std::string::npos) << wrong;
     }
+}
+
+TEST(gaussian_log, a_row_without_its_last_number_stops_the_run) {
+    twin_job twin = water_job();
+    twin.archive = false;
+    const std::string text = replaced(log_text({.jobs = {twin}}), "    0.534321   -0.043211\n", "    0.534321\n");
+    const std::string row = "3          1           0       -0.273457    0.534321";
+    EXPECT_EQ(support::stopped_with([&] { read(text); }), "job.log:" + std::to_string(line_of(text, row)) +
+                                                              ": expected an atom's number and position, found '" +
+                                                              row + "'|standard error|2");
+}
+
+TEST(gaussian_log, rows_of_older_versions_have_no_type) {
+    twin_job twin = water_job();
+    twin.archive = false;
+    std::string text = log_text({.jobs = {twin}});
+    for (const char* row : {"      1          8", "      2          1", "      3          1"}) {
+        text = replaced(text, std::string(row).append("           0 "), std::string(row).append(" "));
+    }
+    const gaussian::log_job job = read(text).log.job;
+    EXPECT_EQ(job.molecule.numbers, water);
+    EXPECT_EQ(job.typed, 0);
+    EXPECT_EQ(job.molecule.positions(2, 2), -0.043211);
 }
 
 TEST(gaussian_log, asterisks_in_an_earlier_geometry_do_not) {
@@ -587,6 +743,18 @@ TEST(gaussian_log, asterisks_in_the_forces_are_told_and_leave_the_geometry) {
     EXPECT_EQ(read(cut).log.job.forces_problem,
               "job.log:" + std::to_string(line_of(cut, "2        1 ************")) +
                   ": expected an atom's number and the force on it, found '2        1 ************'");
+}
+
+TEST(gaussian_log, a_row_of_forces_without_its_numbers_is_told) {
+    const std::string text = log_text({.jobs = {water_job()}});
+    for (const char* wrong : {"*******        1   ", "      2 ********   ", "      2            "}) {
+        const std::string broken = replaced(text, "      2        1   ", wrong);
+        const int line = line_of(text, "      2        1   ");
+        EXPECT_EQ(read(broken).log.job.forces.cols(), 0) << wrong;
+        EXPECT_TRUE(read(broken).log.job.forces_problem.starts_with(
+            "job.log:" + std::to_string(line) + ": expected an atom's number and the force on it, found '"))
+            << wrong;
+    }
 }
 
 TEST(gaussian_log, a_broken_table_of_forces_is_told_even_where_whole_ones_stand_before_it) {
@@ -687,6 +855,11 @@ TEST(gaussian_log, a_dipole_that_cannot_be_used_is_told) {
     EXPECT_EQ(found.notices[0].line, line_of(whole, " Dipole        ="));
     EXPECT_EQ(found.notices[0].text, "the dipole moment cannot be read");
 
+    found = read(std::string(whole).replace(anchor + 31, 15, 15, '*'));
+    EXPECT_FALSE(found.log.job.dipole);
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].text, "the dipole moment cannot be read");
+
     // An atom of the standard orientation is another one.
     const std::size_t row = whole.find("      1          8 ", whole.find("Standard orientation:"));
     found = read(std::string(whole).replace(row, 19, "      1          9 "));
@@ -757,7 +930,42 @@ TEST(gaussian_log, a_line_longer_than_a_block_is_passed_over) {
     EXPECT_EQ(difference(log.job.forces, water_forces()), 0.0);
 }
 
+TEST(gaussian_log, a_line_longer_than_a_block_in_a_table_or_at_the_end) {
+    const support::scratch_folder folder;
+    const auto read_file = [](const std::string& text) {
+        support::write_file("job.log", text);
+        outcome result;
+        gaussian::source from("job.log");
+        result.log = gaussian::read_log(from, result.notices);
+        return result;
+    };
+    const std::string text = log_text({.jobs = {water_job()}});
+    const std::string row = "      2          1           0 ";
+    outcome found = read_file(replaced(text, row, std::string(200000, 'a') + "\n" + row));
+    ASSERT_EQ(found.notices.size(), 1U);
+    EXPECT_EQ(found.notices[0].line, line_of(text, row));
+    EXPECT_EQ(found.notices[0].text, "expected a row of the table that begins in line " +
+                                         std::to_string(line_of(text, "Coordinates (Angstroms)")) +
+                                         "; it is passed over");
+    EXPECT_EQ(found.log.job.geometry_line, 0);
+    EXPECT_EQ(found.log.job.forces_line, line_of(text, "Forces (Hartrees/Bohr)") + 1);
+    found = read_file(text + std::string(200000, 'a'));
+    EXPECT_TRUE(found.notices.empty());
+    EXPECT_EQ(found.log.ended_normally, 1);
+    EXPECT_EQ(difference(found.log.job.forces, water_forces()), 0.0);
+}
+
 TEST(gaussian_log, text_without_a_job) {
+    EXPECT_EQ(read(" # hf\n -----\n").log.jobs, 0);
+    EXPECT_EQ(read(std::string(" C\0 x\n", 7)).log.jobs, 0);
+    EXPECT_EQ(read(" Center     Atomic      Atomic             Coordinates (Angstroms)\n").log.jobs, 0);
+    EXPECT_EQ(
+        read("   Another orientation:\n ----\n Center     Atomic      Atomic             Coordinates (Angstroms)\n "
+             "Number     Number       Type             X           Y           Z\n ----\n      1          8           "
+             "0   "
+             "     0.123457   -0.345679    0.056789\n ----\n")
+            .log.jobs,
+        0);
     EXPECT_EQ(read("").log.jobs, 0);
     EXPECT_EQ(read("nothing of Gaussian\n").log.jobs, 0);
     EXPECT_EQ(read(" \n \n C\n #\n").log.job.number, 0);

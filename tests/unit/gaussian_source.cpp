@@ -53,6 +53,19 @@ TEST(gaussian_source, kinds) {
     EXPECT_EQ(kind("2\ncomment\nH 0 0 0,74\n"), source_kind::xyz);
     EXPECT_EQ(kind("2\ncomment\nH 0 0\n"), source_kind::unknown);
     EXPECT_EQ(kind("2 3\ncomment\nH 0 0 0\n"), source_kind::unknown);
+    EXPECT_EQ(kind("2\ncomment\n"), source_kind::unknown);
+    EXPECT_EQ(kind("2\n"), source_kind::unknown);
+    EXPECT_EQ(kind("# no input\n Entering Link 1 = /opt/l1.exe\n"), source_kind::log);
+    for (const char* line :
+         {" SCF Done:  E(RHF) = -1.0", " Normal termination of Gaussian 16", " Error termination via Lnk1e",
+          " Cite this work as:", " 1\\1\\GINC-X", " 1|1|UNPC-X", "      Standard orientation:"}) {
+        EXPECT_EQ(kind(std::string("text\n").append(line)), source_kind::log) << line;
+    }
+    EXPECT_EQ(kind("     of no orientation\n"), source_kind::unknown);
+    EXPECT_EQ(kind("The orientation: upright\n"), source_kind::unknown);
+    EXPECT_EQ(kind("Number of atoms  3\n"), source_kind::unknown);
+    EXPECT_EQ(kind("Number of atoms                            I\n"), source_kind::checkpoint);
+    EXPECT_EQ(kind("Number of atoms                            R                3\n"), source_kind::unknown);
     EXPECT_EQ(kind(""), source_kind::unknown);
     EXPECT_EQ(kind("any text\n"), source_kind::unknown);
     EXPECT_EQ(kind(std::string(100000, '\0')), source_kind::unknown);

@@ -78,6 +78,7 @@ TEST(read_forces, refusals) {
         {"energy 1 2\n", "a.forces:1: expected a number after 'energy', found 'energy 1 2'"},
         {"energy 1\nenergy 1\n", "a.forces:2: expected one energy, found 'energy 1'"},
         {"dipole 1 2\n", "a.forces:1: expected three numbers after 'dipole', found 'dipole 1 2'"},
+        {"dipole 1 2 3 4\n", "a.forces:1: expected three numbers after 'dipole', found 'dipole 1 2 3 4'"},
         {"dipole 1 2 3\ndipole 1 2 3\n", "a.forces:2: expected one dipole, found 'dipole 1 2 3'"},
     };
     for (const auto& row : rows) {

@@ -50,6 +50,7 @@ TEST(read_xyz, refusals) {
          "mol.xyz:3: 't' is an isotope, which does not change the forces; expected the element's symbol alone, and the "
          "isotope to be named when the frequencies are computed"},
         {"1\n\n119 0 0 0\n", "mol.xyz:3: expected a symbol or an atomic number and x, y and z, found '119 0 0 0'"},
+        {"1\n\n0 0 0 0\n", "mol.xyz:3: expected a symbol or an atomic number and x, y and z, found '0 0 0 0'"},
         {"1\n\nH 0 0 nan\n", "mol.xyz:3: expected a symbol or an atomic number and x, y and z, found 'H 0 0 nan'"},
         {"1\n\nH 0 0 0\nH 0 0 1\n", "mol.xyz:4: expected the number of atoms of a frame, found 'H 0 0 1'"},
     };
