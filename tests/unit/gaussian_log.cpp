@@ -338,6 +338,7 @@ TEST(gaussian_log, of_several_jobs_the_last_one_with_a_geometry) {
     EXPECT_EQ(found.log.first_route, "#p b3lyp/6-31g(d) opt freq");
     EXPECT_EQ(found.log.job.number, 2);
     EXPECT_EQ(found.log.job.route, second.route);
+    EXPECT_EQ(found.log.job.user_route, first.route);
     EXPECT_EQ(found.log.job.molecule.charge, -1);
     EXPECT_EQ(found.log.job.molecule.multiplicity, 2);
     EXPECT_EQ(difference(found.log.job.molecule.positions, water_positions(0.25)), 0.0);
@@ -559,12 +560,13 @@ TEST(gaussian_log, a_job_without_its_beginning_ends_where_the_next_one_begins) {
 
 TEST(gaussian_log, a_route_without_an_end_is_cut) {
     const std::string whole = log_text({.jobs = {water_job()}});
-    std::string text = " -------\n # hf\n";
+    std::string text = " -------\n # hf int=finegr\n";
     for (int line = 0; line < 1000; ++line) {
         text += " " + std::string(70, 'x') + "\n";
     }
     const outcome found = read(text + whole.substr(whole.find(" Charge =")));
-    EXPECT_EQ(found.log.job.route, "# hf " + std::string(std::size_t{70} * 937, 'x'));  // the first past 65536
+    EXPECT_EQ(found.log.job.route,
+              "# hf int=finegr " + std::string(std::size_t{70} * 937, 'x'));  // 16 + 936 * 70 is 65536
     EXPECT_EQ(found.log.job.line, 2);
     EXPECT_EQ(difference(found.log.job.molecule.positions, water_positions()), 0.0);
 }
@@ -762,13 +764,13 @@ TEST(gaussian_log, a_broken_table_of_forces_is_told_even_where_whole_ones_stand_
     twin.points.push_back(twin.points[0]);
     twin.points[0].positions = water_positions(1.0);
     std::string text = log_text({.jobs = {twin}});
-    text = replaced(text, "      2        1       -0.002345678", " oops");
+    text = replaced(text, "      2        1       -0.002345678", " o1");
     const outcome found = read(text);
     EXPECT_EQ(found.log.job.forces.cols(), 0);
     EXPECT_EQ(found.log.job.forces_problem, "job.log:" + std::to_string(line_of(text, "Forces (Hartrees/Bohr)")) +
                                                 ": expected a table of forces, found a part of one");
     ASSERT_EQ(found.notices.size(), 1U);
-    EXPECT_EQ(found.notices[0].line, line_of(text, " oops"));
+    EXPECT_EQ(found.notices[0].line, line_of(text, " o1"));
     EXPECT_EQ(found.notices[0].text, "expected a row of the table that begins in line " +
                                          std::to_string(line_of(text, "Forces (Hartrees/Bohr)")) +
                                          "; it is passed over");
@@ -825,9 +827,13 @@ TEST(gaussian_log, a_table_without_an_end_is_told) {
 
 TEST(gaussian_log, only_the_first_notices_about_what_is_broken_are_told) {
     std::string text = log_text({.jobs = {water_job()}});
-    for (int table = 0; table < 22; ++table) {
-        text += " Center     Atomic                   Forces (Hartrees/Bohr)\n oops\n";
+    const std::string broken = " Center     Atomic                   Forces (Hartrees/Bohr)\n oops\n";
+    for (int table = 0; table < 20; ++table) {
+        text += broken;
     }
+    EXPECT_EQ(read(text).notices.size(), 20U);
+    EXPECT_EQ(read(broken.substr(0, broken.size() - 1)).notices.at(0).line, 2);  // a last line without its end
+    text += broken + broken;
     const outcome found = read(text);
     ASSERT_EQ(found.notices.size(), 21U);
     EXPECT_EQ(found.notices[19].line, line_of(text, "Forces (Hartrees/Bohr)") - 3);  // the second line of the 20th
@@ -953,6 +959,20 @@ TEST(gaussian_log, a_line_longer_than_a_block_in_a_table_or_at_the_end) {
     EXPECT_TRUE(found.notices.empty());
     EXPECT_EQ(found.log.ended_normally, 1);
     EXPECT_EQ(difference(found.log.job.forces, water_forces()), 0.0);
+}
+
+TEST(gaussian_log, nothing_is_left_of_what_was_read) {
+    gaussian::source from("job.log", "a last line without its end");
+    std::vector<gaussian::notice> notices;
+    gaussian::read_log(from, notices);
+    EXPECT_EQ(from.rest(100), "");
+}
+
+TEST(gaussian_log, a_blank_that_the_end_of_a_line_of_the_archive_entry_lost) {
+    const std::string top = "1\\1\\GINC-X\\SP\\RHF\\STO-3G\\H1\\U\\01-Jan-2020\\0\\\\";
+    const std::string route = "#p " + std::string(70 - 4 - top.size(), 'x');
+    EXPECT_EQ(read(" " + top + route + "\n nosymm\\\\t\\\\0,2\\H,0.,0.,0.\\\\Version=x\\HF=-0.5\\\\@\n").log.job.route,
+              route + " nosymm");
 }
 
 TEST(gaussian_log, text_without_a_job) {

@@ -148,6 +148,9 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         {job("# hf geom=connectivity", "\n 1 2 1.0\n 2\n"), ready("# hf geom=connectivity force nosymm", connectivity)},
         {job("# hf geom=connectivity", ""), ready("# hf force nosymm")},
         {job("# hf", "\nVariables:\nunused 1.0\n\nConstants:\nunused 1.0\n\n"), ready("# hf force nosymm")},
+        {job("# hf geom=connectivity", "\n1 2 1.0\n2\n"),
+         ready("# hf geom=connectivity force nosymm", "1 2 1.0\n2\n\n")},
+        {job("# hf opt=modredundant freq=readanharm", "\nB 1 2 F\n\nprint=all\n\n"), ready("# hf force nosymm")},
         {job("# hf guess=read output=wfn", "\nh2.wfn\n\n"), ready("# hf force nosymm")},
         {job("# cis(read) output=wfn", "\nh2.wfn\n\n"), ready("# cis force nosymm")},
         {job("# hf geom=(connectivity,nocrowd)", ""), ready("# hf geom=nocrowd force nosymm")},
@@ -201,9 +204,9 @@ TEST(make_ready, tells_of_coordinates_that_were_frozen_or_scanned) {
     const auto told = [](const std::string& keyword, const std::string& lines) {
         return prepare(job("# hf " + keyword, "\n" + lines + "\n\n")).notices;
     };
-    for (const char* line :
-         {"B 1 2 F", "1 2 f", "* * F", "B 1 2 S 10 0.05", "B,1,2,1.5,S,10,0.05", "X 1 F ! fixed", "R1(Freeze)=B(1,2)",
-          "R1(F)=B(1,2)", "R1(value=1.2,frozen)=B(1,2)", "R1(NSteps=10,StepSize=0.1)=R(1,2)", "X1(f,value=2)=X(1)"}) {
+    for (const char* line : {"B 1 2 F", "1 2 f", "* * F", "B 1 2 S 10 0.05", "B,1,2,1.5,S,10,0.05", "X 1 F ! fixed",
+                             "1 F", "R1(Freeze)=B(1,2)", "R1(F)=B(1,2)", "R1(value=1.2,frozen)=B(1,2)",
+                             "R1(NSteps=10,StepSize=0.1)=R(1,2)", "X1(f,value=2)=X(1)"}) {
         EXPECT_EQ(told("opt=modredundant", std::string("B 1 2 A\n").append(line)),
                   "1 'opt=modredundant'" + optimised + "10 '" + line + "'" + frozen);
     }
