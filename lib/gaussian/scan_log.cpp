@@ -437,9 +437,10 @@ void scanner::take_archive_piece(std::string_view line) {
     text_ += line;
     // Force constants follow the results, of any size, and nobody wants them from here. A section ends where a doubled
     // separator does, and only there it is worth while to look at all of the text.
-    const std::string_view twice = text_.starts_with("1|") ? "||" : "\\\\";
+    const std::string_view end = text_.starts_with("1|") ? "||@" : "\\\\@";
+    const std::string_view twice = end.substr(0, 2);
     const bool section_ends = text_.find(twice, begin == 0 ? 0 : begin - 1) != std::string::npos;
-    if ((section_ends && has_results(text_)) || text_.ends_with(std::string(twice) + "@")) {
+    if ((section_ends && has_results(text_)) || text_.ends_with(end)) {
         keep_archive();
     } else if (line.size() < piece_width) {
         text_.append(piece_width - line.size(), ' ');  // blanks at the end of a piece may be lost

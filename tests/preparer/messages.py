@@ -19,7 +19,7 @@ NOT_MET = {"standard error: cannot write: <reason>",
            "the prepared input is not what was meant, which is a fault of this program: <text>",
            "<file>: expected at most <number> bytes, found more"}
 # Messages of the unit tests that are not about a source of the preparer: about files of forces, arguments of routines, and more than a test of the whole meets.
-NOT_OURS = re.compile(r"a\.forces: |a\.forces:\d|checkpoint_text: |symbol_of: |found \d+ positions, expected|text: expected at most|/dev/null: cannot open: |no error$")
+NOT_OURS = re.compile(r"a\.forces: |a\.forces:\d|checkpoint_text: |symbol_of: |found \d+ positions, expected|text: expected at most|expected (one line|no line|a route)[ ,]|m: found \d+ bytes|/dev/null: cannot open: |no error$")
 # Sources without messages and notices of their own: help, the report, what the assembler alone calls, and the look at the written input,
 # all of whose messages are one row.
 NOT_READ = {"command_line.cpp", "read_options.cpp", "report.cpp", "kind_of.cpp", "symbols.cpp", "read_forces.cpp", "checkpoint_text.cpp", "check_prepared.cpp"}

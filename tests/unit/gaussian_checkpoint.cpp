@@ -137,7 +137,8 @@ TEST(gaussian_checkpoint, sections_that_nobody_wants_are_passed_over_whatever_th
           heading("Marks", 'H', 10) + like + like, heading("Flags", 'L', 72) + like,
           heading("Flags", 'L', 73) + like + like,
           std::string("Name                                       C     text\n"),
-          std::string("Route                                      C     # hf\n"), heading("Route", 'I', 1) + " 1\n"}) {
+          std::string("Route                                      C     # hf\n"), heading("Route", 'I', 1) + " 1\n",
+          heading("Shells", 'I', 73) + " 1\n", heading("Energies", 'R', 73) + " 1.0\n"}) {
         const gaussian::checkpoint found = read(support::checkpoint_text(twin()) + section +
                                                 "Multiplicity                               I                7\n");
         EXPECT_EQ(found.charge, -1) << section;
@@ -167,6 +168,13 @@ TEST(gaussian_checkpoint, a_route_that_is_cut_or_too_long_is_refused) {
     }
     EXPECT_EQ(refused(head + "        5465\n" + lines),
               "mol.fchk:1096: expected a route of at most 65536 characters, found more");
+    std::string full = std::string(76, 'x') + "\n";  // 76 + 1091 * 60 is 65536
+    for (int line = 0; line < 1091; ++line) {
+        full += std::string(60, 'x') + "\n";
+    }
+    EXPECT_EQ(refused(head + "        5460\n" + full), "mol.fchk: expected a section 'Number of atoms', found none");
+    EXPECT_EQ(refused(head + "        5460\nx" + full),
+              "mol.fchk:1095: expected a route of at most 65536 characters, found more");
 }
 
 std::string route_of(const std::string& method, const std::string& basis) {

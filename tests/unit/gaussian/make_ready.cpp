@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "gaussian/ready_input.hpp"
 #include "gjf/gjf.hpp"
@@ -492,17 +491,15 @@ TEST(make_ready, leaves_no_text_that_would_be_another_input_when_it_is_written) 
     wrong = plain;
     wrong.link0 = {"%mem=1GB\n#p"};
     EXPECT_EQ(written(wrong), "expected one line in the Link 0 lines, found '%mem=1GB\\n#p'|standard error|2");
-    for (const double value : {std::nan(""), -std::numeric_limits<double>::infinity()}) {
-        wrong = plain;
-        wrong.atoms.positions(1, 0) = value;
-        EXPECT_EQ(written(wrong), "expected coordinates between -1000 and 10000 angstrom, found " +
-                                      std::to_string(value) + "|standard error|2");
-    }
+    wrong = plain;
+    wrong.atoms.positions(1, 0) = std::nan("");
+    EXPECT_EQ(written(wrong), "expected coordinates between -1000 and 10000 angstrom, found nan|standard error|2");
 }
 
 TEST(make_ready, tells_what_fixed_in_space) {
     EXPECT_EQ(prepare(job("# hf field=x+10", "")).in_space, "field=x+10");
     EXPECT_EQ(prepare(job("# hf units=au field=x+10", "")).in_space, "field=x+10");
+    EXPECT_TRUE(prepare(job("# hf units=au scrf=read", "\neps=5.\n\n")).text.ends_with("\n\neps=5.\n\n"));
     EXPECT_EQ(prepare(job("# hf", "")).in_space, "");
 }
 
