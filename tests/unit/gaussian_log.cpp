@@ -478,6 +478,7 @@ TEST(gaussian_archive, has_the_last_energy_that_is_one) {
         EXPECT_EQ(found.molecule.multiplicity, 2);
     }
     EXPECT_FALSE(entry_of("Version=x\\HF=x").energy);
+    EXPECT_EQ(entry_of("Version=x\\PG=C02V [C2(O1)]").point_group, "C02V");
 }
 
 TEST(gaussian_archive, is_empty_where_its_sections_are_not_in_their_places) {

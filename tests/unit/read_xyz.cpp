@@ -35,6 +35,7 @@ TEST(read_xyz, refusals) {
     } rows[] = {
         {"", "mol.xyz: expected a frame of atoms, found no text"},
         {"H 0 0 0\n", "mol.xyz:1: expected the number of atoms of a frame, found 'H 0 0 0'"},
+        {"1 x\n\nH 0 0 0\n", "mol.xyz:1: expected the number of atoms of a frame, found '1 x'"},
         {"0\n\n", "mol.xyz:1: expected the number of atoms of a frame, found '0'"},
         {"2000000000\n\nH 0 0 0\n", "mol.xyz:3: expected 2000000000 atoms of the frame that begins in line 1, found 1"},
         {"1\n", "mol.xyz:1: expected 1 atoms of the frame that begins in line 1, found 0"},

@@ -201,7 +201,9 @@ TEST(make_ready, tells_of_coordinates_that_were_frozen_or_scanned) {
     const std::string frozen =
         " left out, which freezes or scans coordinates: make sure that the geometry is a stationary point\n";
     const auto told = [](const std::string& keyword, const std::string& lines) {
-        return prepare(job("# hf " + keyword, "\n" + lines + "\n\n")).notices;
+        const prepared found = prepare(job("# hf " + keyword, "\n" + lines + "\n\n"));
+        EXPECT_EQ(found.text, ready("# hf force nosymm"));
+        return found.notices;
     };
     for (const char* line : {"B 1 2 F", "1 2 f", "* * F", "B 1 2 S 10 0.05", "B,1,2,1.5,S,10,0.05", "X 1 F ! fixed",
                              "1 F", "R1(Freeze)=B(1,2)", "R1(F)=B(1,2)", "R1(value=1.2,frozen)=B(1,2)",
