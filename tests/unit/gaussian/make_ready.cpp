@@ -261,6 +261,7 @@ TEST(make_ready, tells_of_atoms_of_one_element_with_different_radii) {
     EXPECT_EQ(told("scrf=read", "modifysph\n\n 2 2.0\n3 2.1 ! more\n5 1.0\n"),
               "14 '2 2.0'" + some + "15 '3 2.1 ! more'" + some);
     EXPECT_EQ(told("scrf=read", "modifysph\n\n2 2.0\n3 2.0 ! the other\n"), "");
+    EXPECT_EQ(told("scrf=read", "modifysph\n\n! one of two\n2 2.0\n"), "15 '2 2.0'" + some);
     EXPECT_EQ(told("scrf=read", "modifysph\n\n2 2.0 1.1\n3 2.0\n"), "14 '2 2.0 1.1'" + some + "15 '3 2.0'" + some);
     EXPECT_EQ(told("scrf=read", "modifysph\n\n2-3 2.0\nO 1.5\n5 1.7\n1\n9 2.0\n, 2 2.0\n+2 2.0\n"), "");
     EXPECT_EQ(told("scrf=read", "eps=5. ! modifysph\n\n2 2.0\n"), "");
