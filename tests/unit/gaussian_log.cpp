@@ -512,6 +512,15 @@ TEST(gaussian_log, an_archive_entry_without_results_ends_at_its_mark) {
     EXPECT_TRUE(found.notices.empty());
 }
 
+TEST(gaussian_log, an_archive_entry_ends_where_its_results_do) {
+    const outcome found = read(
+        " Entering Gaussian System\n 1\\1\\X\\\\# hf\\\\t\\\\0,2\\H,0.,0.,0.\\\\Version=x\\HF=-0.5\\\\0.1,\n"
+        " Normal termination of Gaussian 16 at x.\n");
+    EXPECT_EQ(found.log.job.energy, -0.5);
+    EXPECT_EQ(found.log.ended_normally, 1);
+    EXPECT_TRUE(found.notices.empty());
+}
+
 TEST(gaussian_log, without_symmetry_the_standard_orientation_is_the_frame_of_the_input) {
     twin_job twin = water_job();
     twin.standard = some_turn();
@@ -541,6 +550,16 @@ TEST(gaussian_log, an_energy_that_did_not_converge_is_told) {
               line);
     EXPECT_EQ(read(replaced(text, " SCF Done:", " >>>>>>>>>> Something else.\n SCF Done:")).log.job.unconverged_line,
               0);
+}
+
+TEST(gaussian_log, an_energy_that_did_not_converge_at_an_earlier_geometry_is_not) {
+    twin_job twin = water_job();
+    twin.points.push_back(twin.points[0]);
+    twin.points[1].positions = water_positions(0.5);
+    std::string text = log_text({.jobs = {twin}});
+    text.insert(text.find(" SCF Done:"), " >>>>>>>>>> Convergence criterion not met.\n");
+    EXPECT_EQ(read(text).log.job.geometries, 2);
+    EXPECT_EQ(read(text).log.job.unconverged_line, 0);
 }
 
 TEST(gaussian_log, a_job_without_its_beginning_ends_where_the_next_one_begins) {
@@ -692,9 +711,9 @@ TEST(gaussian_log, a_row_of_another_element_or_out_of_order_stops_the_run) {
     const std::string row = "      2          1           0 ";
     const std::string heaviest = replaced(text, row, "      2        118           0 ");
     EXPECT_EQ(read(heaviest).log.job.molecule.numbers, (std::vector<int>{8, 118, 1}));
-    EXPECT_EQ(read(replaced(text, "      3          1           0 ", " 250000          1           0 "))
-                  .log.job.molecule.numbers,
-              water);
+    for (const char* last : {" 250000          1           0 ", "99999          1           0 "}) {
+        EXPECT_EQ(read(replaced(text, "      3          1           0 ", last)).log.job.molecule.numbers, water);
+    }
     for (const char* wrong :
          {"      2        119           0 ", "      1          1           0 ", "      2         -3           0 ",
           " ******          1           0 ", "      2       ****           0 ", "      2.5        1           0 "}) {

@@ -149,6 +149,7 @@ TEST(make_ready, takes_the_section_of_a_removed_keyword_along) {
         {job("# hf", "\nVariables:\nunused 1.0\n\nConstants:\nunused 1.0\n\n"), ready("# hf force nosymm")},
         {job("# hf geom=connectivity", "\n1 2 1.0\n2\n"),
          ready("# hf geom=connectivity force nosymm", "1 2 1.0\n2\n\n")},
+        {job("# hf opt=modredundant freq=readiso", "\nB 1 2 F\n\n"), ready("# hf force nosymm")},
         {job("# hf opt=modredundant freq=readanharm", "\nB 1 2 F\n\nprint=all\n\n"), ready("# hf force nosymm")},
         {job("# hf guess=read output=wfn", "\nh2.wfn\n\n"), ready("# hf force nosymm")},
         {job("# cis(read) output=wfn", "\nh2.wfn\n\n"), ready("# cis force nosymm")},
@@ -263,12 +264,12 @@ TEST(make_ready, tells_of_atoms_of_one_element_with_different_radii) {
     EXPECT_EQ(told("scrf=read", "modifysph\n\n2 2.0\n3 2.0 ! the other\n"), "");
     EXPECT_EQ(told("scrf=read", "modifysph\n\n! one of two\n2 2.0\n"), "15 '2 2.0'" + some);
     EXPECT_EQ(told("scrf=read", "modifysph\n\n2 2.0 1.1\n3 2.0\n"), "14 '2 2.0 1.1'" + some + "15 '3 2.0'" + some);
-    EXPECT_EQ(told("scrf=read", "modifysph\n\n2-3 2.0\nO 1.5\n5 1.7\n1\n9 2.0\n, 2 2.0\n+2 2.0\n"), "");
+    EXPECT_EQ(told("scrf=read", "modifysph\n\n2-3 2.0\nO 1.5\n5 1.7\n1\n9 2.0\n, 2 2.0\n+2 2.5\n"), "");
     EXPECT_EQ(told("scrf=read", "eps=5. ! modifysph\n\n2 2.0\n"), "");
     EXPECT_EQ(told("scrf=read", "modifysph\n\n\n2 2.0\n"), "");  // an empty section: no radii
     EXPECT_EQ(told("massage", "2 Nuc 2.0\n1 2.0\n"), "12 '2 Nuc 2.0'" + some);
     EXPECT_EQ(told("massage", "2,, 2.0\n"), "");
-    EXPECT_EQ(told("guess=alter", "2 3\n"), "");
+    EXPECT_EQ(told("guess=alter", "2 3\n2 Nuc 2.0\n"), "");
     EXPECT_EQ(prepare(job("# hf scrf=read", "\nmodifysph\n\n1 2.0\n\n", "Og 0 0 0\nOg 0 0 3\n")).notices,
               "11 '1 2.0'" + some);
     // Of three atoms of an element, where the last one is like the first.
@@ -542,6 +543,7 @@ TEST(make_ready, takes_another_route) {
     EXPECT_EQ(prepare(job("# hf/gen scrf=read", "\n" + basis + solvent), "# mp2/gen scrf=read").text,
               ready("# mp2/gen scrf=read force nosymm", basis + solvent));
     EXPECT_EQ(prepare(job("# hf/gen scrf=read", "\n" + basis + solvent), "# mp2 scrf=read").text, refused("1", "2"));
+    EXPECT_EQ(prepare(job("# hf", "\n" + basis), "# mp2/gen").text, ready("# mp2/gen force nosymm", basis));
     EXPECT_EQ(prepare(job("# hf/gen", "\n" + basis + "note\n"), "# mp2/gen").text,
               ready("# mp2/gen force nosymm", basis + "note\n\n"));
     EXPECT_EQ(
