@@ -765,6 +765,10 @@ TEST(gaussian_log, asterisks_in_the_forces_are_told_and_leave_the_geometry) {
     EXPECT_EQ(read(cut).log.job.forces_problem,
               "job.log:" + std::to_string(line_of(cut, "2        1 ************")) +
                   ": expected an atom's number and the force on it, found '2        1 ************'");
+    const std::string alone = replaced(text, "    0.003456789    0.000765433", "");  // shorter than three fields
+    EXPECT_EQ(read(alone).log.job.forces_problem,
+              "job.log:" + std::to_string(line_of(alone, "2        1       ************")) +
+                  ": expected an atom's number and the force on it, found '2        1       ************'");
 }
 
 TEST(gaussian_log, a_row_of_forces_without_its_numbers_is_told) {
