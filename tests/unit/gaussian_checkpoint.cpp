@@ -211,6 +211,13 @@ TEST(gaussian_checkpoint, a_route_of_method_and_basis) {
     for (const auto& row : rows) {
         EXPECT_EQ(route_of(row.method, row.basis), row.route);
     }
+    gaussian::checkpoint from;
+    from.method = "RHF";
+    from.basis = "3-21G";
+    std::vector<gaussian::notice> notices;
+    gaussian::checkpoint_route(from, "m", notices);
+    ASSERT_EQ(notices.size(), 1U);
+    EXPECT_EQ(notices[0].line, 2);
     const struct {
         const char* method;
         const char* basis;

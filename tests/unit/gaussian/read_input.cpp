@@ -347,6 +347,25 @@ TEST(read_input, tells_what_it_dropped_and_where) {
               "6 freeze code of an atom dropped, here and in 1 more line\n");
 }
 
+TEST(read_input, tells_of_every_parameter_that_it_dropped) {
+    const struct {
+        const char* label;
+        const char* what;
+    } rows[] = {
+        {"H(Fragment=1)", "fragment"},        {"H(PDBName=H1)", "residue"},           {"H(ResName=HOH)", "residue"},
+        {"H(ResNum=1_A)", "residue"},         {"H(Spin=1)", "nuclear moment"},        {"H(zeff=1)", "nuclear moment"},
+        {"H(QMom=1)", "nuclear moment"},      {"H(NMagM=1)", "nuclear moment"},       {"H(GFac=1)", "nuclear moment"},
+        {"H-HW", "molecular-mechanics type"}, {"H--0.4", "molecular-mechanics type"}, {"H1", "label"},
+    };
+    for (const auto& row : rows) {
+        std::vector<gaussian::notice> notices;
+        read(head + "O 0 0 0\n" + row.label + " 0 0 1\n", notices);
+        ASSERT_EQ(notices.size(), 1U) << row.label;
+        EXPECT_EQ(notices[0].line, 7);
+        EXPECT_EQ(notices[0].text, std::string(row.what) + " of an atom dropped") << row.label;
+    }
+}
+
 TEST(read_input, tells_of_values_that_are_frozen_or_scanned) {
     const auto told = [](const std::string& values) {
         std::vector<gaussian::notice> notices;
