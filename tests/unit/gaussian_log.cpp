@@ -622,6 +622,8 @@ TEST(gaussian_log, a_route_is_found_in_its_box) {
         EXPECT_EQ(job.line, 3);
     }
     EXPECT_EQ(read(" -------\n # hf/3-21g opt\n -------\n" + rest).log.job.line, 2);
+    EXPECT_EQ(read(" ---\n # hf/3-21g opt\n ---\n" + rest).log.job.line, 2);
+    EXPECT_EQ(read(" --\n # hf/3-21g opt\n --\n" + rest).log.job.line, 0);
     EXPECT_EQ(read(" # hf/3-21g opt\n -------\n" + rest).log.job.line, 0);
     // Not in a box: of a batch system, and of the archive entry.
     const gaussian::log_job job = read(" ------\n\n # not a route\n------\n# nor this\n" + rest).log.job;

@@ -246,6 +246,8 @@ TEST(read_input, refuses_with_the_line_and_tells_what_to_do) {
          "m:6: found the layer 'L' of an ONIOM model, whose forces cannot be prepared for; "
          "take the layers out, and the method of one layer"},
         {"O\nH 2 1.0\n", "m:7: expected a reference to an earlier atom, 1..1, found 2"},
+        {"O\nH 1 1.0\nH 1 1.0 2 90.0\nH 1 1.0 2 90.0 3 190.0 1\n",
+         "m:9: expected an angle from 0 to 180 degrees, found 190.000000"},
         {"O\nH 0 1.0\n", "m:7: expected a reference to an earlier atom, 1..1, found 0"},
         {"O\nH 99999999999 1.0\n", "m:7: expected the number or the label of an earlier atom, found '99999999999'"},
         {"O\nH 1 1.0\nH 1 1.0 2 -90.0\n", "m:8: expected an angle from 0 to 180 degrees, found -90.000000"},
@@ -345,6 +347,17 @@ TEST(read_input, tells_what_it_dropped_and_where) {
               "7 molecular-mechanics type of an atom dropped\n"
               "7 fragment of an atom dropped\n"
               "6 freeze code of an atom dropped, here and in 1 more line\n");
+}
+
+TEST(read_input, counts_the_jobs_that_have_a_line) {
+    const auto jobs_of = [](const std::string& text) {
+        std::vector<gaussian::notice> notices;
+        return gaussian::read_input(text, "m", notices).jobs;
+    };
+    const std::string job = head + "O 0 0 0\n\n";
+    EXPECT_EQ(jobs_of(job), 1);
+    EXPECT_EQ(jobs_of("--Link1--\n\n" + job + "--Link1--\n! no job\n\n--Link1--\n"), 1);
+    EXPECT_EQ(jobs_of(job + "--Link1--\n" + job + "--Link1--\n" + job), 3);
 }
 
 TEST(read_input, tells_of_every_parameter_that_it_dropped) {
