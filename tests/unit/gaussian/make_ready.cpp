@@ -476,6 +476,11 @@ TEST(make_ready, leaves_no_text_that_would_be_another_input_when_it_is_written) 
     EXPECT_EQ(written(plain), plain.route +
                                   "\n\nt\n\n0 1\n"
                                   "   He               0.00000000    0.00000000    0.00000000\n\n");
+    gaussian::ready_input broken = plain;
+    broken.route = "# a " + std::string(96, 'x');  // 100 characters
+    EXPECT_TRUE(written(broken).starts_with(broken.route + "\n\n"));
+    broken.route += "x";
+    EXPECT_TRUE(written(broken).starts_with("# a\n" + std::string(97, 'x') + "\n\n"));
     gaussian::ready_input wrong = plain;
     wrong.route = "hf";
     EXPECT_EQ(written(wrong), "expected a route, which begins with '#', found 'hf'|standard error|2");

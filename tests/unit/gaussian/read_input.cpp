@@ -229,6 +229,9 @@ TEST(read_input, refuses_with_the_line_and_tells_what_to_do) {
         {"O\nH 1 1.0\nH 1 1.0 2 90.\nH 1 1 1\n",
          "m:9: expected the 6 fields of this line of a Z-matrix, or x, y and z with a 0 before them, found 3 fields "
          "after the label"},
+        {"O\nH 1 1.0\nH 1 1.0 2 90.\nH 1 1.0 2 90. 3 90.\nH 1 1 1\n",
+         "m:10: expected the 6 fields of this line of a Z-matrix, or x, y and z with a 0 before them, found 3 fields "
+         "after the label"},
         {"H(ZNuc=1.1) 0 0 0\n",
          "m:6: the parameter 'ZNuc=1.1' of 'H(ZNuc=1.1)' cannot be kept, and the forces may depend "
          "on it; take it out"},
