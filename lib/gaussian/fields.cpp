@@ -8,9 +8,8 @@ namespace displacement_generator::gaussian {
 
 namespace {
 
-/// Takes the next word off a line: what stands between two gaps.
+/// Takes the word off a line that begins with one: what stands before the next gap.
 std::string_view take_word(std::string_view& rest) {
-    rest = stripped(rest);
     const auto* const end = std::find_if(rest.begin(), rest.end(), is_gap);
     const std::string_view word = rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
     rest.remove_prefix(word.size());

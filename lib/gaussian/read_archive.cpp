@@ -85,8 +85,8 @@ bool read_atoms(const std::vector<std::string_view>& fields, archive_entry& entr
     return true;
 }
 
-/// Reads a molecule of another kind, such as a Z-matrix with its values, as the input that it was made of. It is left
-/// without atoms where it is none.
+/// Reads a molecule of another kind, such as a Z-matrix with its values, as the input that it was made of. Where it is
+/// none, the entry stays without atoms.
 ///   sections  in  the molecule and what stands between it and the results
 void read_as_input(std::span<const std::string_view> sections, std::string_view separator, archive_entry& entry) {
     std::string text = "#\n\ntitle\n\n";
@@ -100,7 +100,7 @@ void read_as_input(std::span<const std::string_view> sections, std::string_view 
     try {
         entry.molecule = read_input(text, "archive", dropped).atoms;
     } catch (const base::run_error&) {
-        entry.molecule.numbers.clear();
+        return;
     }
 }
 
