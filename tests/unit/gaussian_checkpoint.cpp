@@ -313,6 +313,14 @@ TEST(gaussian_checkpoint, the_columns_of_what_is_written) {
                   "Total Energy                               R     -1.500000000000000E+00\n"
                   "Dipole Moment                              R   N=           3\n"
                   "  1.00000000E+00  0.00000000E+00 -2.00000000E+00\n");
+    what.route = std::string(72, 'x');  // six texts of twelve characters, five a line
+    EXPECT_NE(gaussian::checkpoint_text(what).find("Route                                      C   N=           6\n" +
+                                                   std::string(60, 'x') + "\n" + std::string(12, 'x') + "\n"),
+              std::string::npos);
+    what.route = std::string(49, 'x');
+    EXPECT_NE(gaussian::checkpoint_text(what).find("Route                                      C   N=           5\n" +
+                                                   what.route + std::string(11, ' ') + "\n"),
+              std::string::npos);
 }
 
 TEST(gaussian_checkpoint, what_cannot_be_written) {

@@ -479,6 +479,7 @@ TEST(gaussian_archive, has_the_last_energy_that_is_one) {
     }
     EXPECT_FALSE(entry_of("Version=x\\HF=x").energy);
     EXPECT_EQ(entry_of("Version=x\\PG=C02V [C2(O1)]").point_group, "C02V");
+    EXPECT_EQ(entry_of("Version=x\\PG").point_group, "");
 }
 
 TEST(gaussian_archive, is_empty_where_its_sections_are_not_in_their_places) {
