@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/error.hpp"
+#include "base/text.hpp"
 #include "carried_point.hpp"
 #include "symmetry/operations.hpp"
 #include "symmetry/symmetry.hpp"
@@ -53,11 +54,7 @@ using operation_set = unsigned;
 
 constexpr bool holds(operation_set set, int number) { return (set >> static_cast<unsigned>(number) & 1U) != 0; }
 
-std::string trimmed(std::string_view label) {
-    const std::size_t first = label.find_first_not_of(' ');
-    return first == std::string_view::npos ? ""
-                                           : std::string(label.substr(first, label.find_last_not_of(' ') - first + 1));
-}
+std::string trimmed(std::string_view label) { return std::string(base::left_adjusted(base::trimmed(label))); }
 
 std::string name_of(int number) { return trimmed(std::string_view(symmetry::op_name(number))); }
 

@@ -155,12 +155,11 @@ std::vector<place> sorted_modes(const std::vector<block>& blocks) {
 double sign_of(const Eigen::Ref<const Eigen::VectorXd>& displacement) {
     constexpr double nearly = 1.0 - 1e-6;
     const double large = nearly * displacement.cwiseAbs().maxCoeff();
-    for (const double component : displacement) {
-        if (std::abs(component) >= large) {
-            return std::copysign(1.0, component);
-        }
+    Eigen::Index first = 0;
+    while (std::abs(displacement(first)) < large) {
+        ++first;
     }
-    return 1.0;
+    return std::copysign(1.0, displacement(first));
 }
 
 /// Mode `mode` of a block as Cartesian displacements (amu^-1/2).

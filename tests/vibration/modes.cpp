@@ -2,6 +2,7 @@
 
 #include <Eigen/Geometry>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include "molecules.hpp"
@@ -85,6 +86,11 @@ TEST(harmonic_vibrations, of_equal_atoms_have_the_mass_of_one) {
     EXPECT_NEAR(modes.reduced_masses(0), 14.0, 1e-12);
     EXPECT_EQ(modes.intensities.size(), 0);
     EXPECT_NEAR(modes.displacements(2, 0), std::sqrt(0.5), 1e-14);  // the first of two equal ones is positive
+    // Displacements are in proportion m2 : -m1.
+    for (const double heavier : {1e-7, 1e-5}) {
+        const vibration::vibrations other = plain(Eigen::Vector2d(14.0 * (1.0 + heavier), 14.0), positions, hessian);
+        EXPECT_NEAR(other.displacements(2, 0), std::copysign(std::sqrt(0.5), 1e-6 - heavier), 1e-5) << heavier;
+    }
 }
 
 TEST(harmonic_vibrations, of_a_linear_triatomic_molecule_by_hand) {
@@ -290,15 +296,30 @@ TEST(harmonic_vibrations, refuse_what_does_not_fit) {
     EXPECT_EQ(message(positions, hessian, none), "no error");
     EXPECT_EQ(message(Eigen::Matrix3Xd::Identity(3, 3), hessian, none),
               "positions: expected 3 x 2 values|standard error|2");
-    EXPECT_EQ(message(positions, Eigen::MatrixXd::Identity(6, 5), none),
-              "Hessian: expected 6 x 6 values|standard error|2");
+    for (const int rows : {5, 6}) {
+        EXPECT_EQ(message(positions, Eigen::MatrixXd::Identity(rows, 11 - rows), none),
+                  "Hessian: expected 6 x 6 values|standard error|2");
+    }
     EXPECT_EQ(message(positions, hessian, Eigen::Matrix3Xd::Zero(3, 5)),
               "dipole derivatives: expected 3 x 6 values|standard error|2");
     EXPECT_EQ(message(positions, hessian / 0.0, none), "Hessian: found a value that is not finite|standard error|2");
+    EXPECT_EQ(message(positions / 0.0, hessian, none), "positions: found a value that is not finite|standard error|2");
+    EXPECT_EQ(message(positions, hessian, Eigen::Matrix3Xd::Ones(3, 6) / 0.0),
+              "dipole derivatives: found a value that is not finite|standard error|2");
     EXPECT_EQ(message(Eigen::Matrix3Xd::Zero(3, 2), hessian, none),
               "all atoms lie at one place: expected a molecule|standard error|2");
     masses(1) = 0.0;
     EXPECT_EQ(message(positions, hessian, none), "atom 2: expected a mass above 0, found 0.000000|standard error|2");
+    masses(1) = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(message(positions, hessian, none), "masses: found a value that is not finite|standard error|2");
+}
+
+TEST(harmonic_vibrations, refuse_a_hessian_whose_sums_are_too_large) {
+    EXPECT_EQ(support::stopped_with([] {
+                  plain(Eigen::VectorXd::Ones(3), Eigen::Matrix3Xd::Identity(3, 3),
+                        Eigen::MatrixXd::Constant(9, 9, 1.7e308));
+              }),
+              "Hessian: its eigenvalues were not found|standard error|2");
 }
 
 }  // namespace

@@ -87,35 +87,68 @@ TEST(rebuild_forces, refuses_a_point_that_does_not_follow) {
     of.relations.operations(14) = 3;
     EXPECT_EQ(support::stopped_with(run),
               "point 15: the operation does not carry its source, point 10, onto it|standard error|2");
-    of.relations.operations(14) = 4;
-    EXPECT_EQ(support::stopped_with(run), "point 15: expected an operation in 1..4, found 5|standard error|2");
+    for (const int number : {-1, 4}) {
+        of.relations.operations(14) = number;
+        EXPECT_EQ(support::stopped_with(run),
+                  "point 15: expected an operation in 1..4, found " + std::to_string(number + 1) + "|standard error|2");
+    }
     of.relations = whole;
-    of.relations.sources(14) = 15;
-    EXPECT_EQ(support::stopped_with(run),
-              "point 15: expected a computed point as its source, found 16|standard error|2");
+    for (const int source : {-1, 15, 18}) {
+        of.relations.sources(14) = source;
+        EXPECT_EQ(support::stopped_with(run), "point 15: expected a computed point as its source, found " +
+                                                  std::to_string(source + 1) + "|standard error|2");
+    }
     of.relations = whole;
-    of.relations.sources(14) = 18;
-    EXPECT_EQ(support::stopped_with(run),
-              "point 15: expected a computed point as its source, found 19|standard error|2");
+    const std::string no_images =
+        "operation 2: expected an image for each of 3 atoms, all of them different|standard error|2";
+    for (const int image : {-1, 2, 3}) {
+        of.relations.symmetry[1].images(2) = image;
+        EXPECT_EQ(support::stopped_with(run), no_images);
+    }
+    of.relations.symmetry[1].images.setLinSpaced(2, 0, 1);
+    EXPECT_EQ(support::stopped_with(run), no_images);
     of.relations = whole;
-    of.relations.symmetry[1].images(2) = 2;
+    of.relations.symmetry[1].matrix(1, 0) = 1e-7;
     EXPECT_EQ(support::stopped_with(run),
-              "operation 2: expected an image for each of 3 atoms, all of them different|standard error|2");
+              "point 2: the operation does not carry its source, point 1, onto it|standard error|2");
+    of.relations.symmetry[1].matrix(1, 0) = 1e-9;
+    EXPECT_EQ(support::stopped_with(run), "no error");
     of.relations = whole;
     of.relations.operations.conservativeResize(17);
     EXPECT_EQ(support::stopped_with(run), "point table: expected six points an atom, found 18|standard error|2");
+    of.relations.sources.conservativeResize(17);
+    EXPECT_EQ(support::stopped_with(run), "point table: expected six points an atom, found 17|standard error|2");
 }
 
 TEST(rebuild_forces, refuses_numbers_that_are_not_there) {
+    constexpr double nothing = std::numeric_limits<double>::quiet_NaN();
     const listing of = list(water());
     std::mt19937 random(15);
-    computed_points points = compute(of, Eigen::MatrixXd::Identity(9, 9), random);
-    points.forces(4, 0) = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(support::stopped_with([&] { vibration::rebuild_forces(of.relations, points.forces, points.steps); }),
+    const computed_points points = compute(of, Eigen::MatrixXd::Identity(9, 9), random);
+    const auto stopped = [&](const auto& change) {
+        computed_points changed = points;
+        change(changed);
+        return support::stopped_with([&] { vibration::rebuild_forces(of.relations, changed.forces, changed.steps); });
+    };
+    EXPECT_EQ(stopped([](computed_points& changed) { changed.forces(4, 0) = nothing; }),
               "forces: found a value that is not finite|standard error|2");
-    points.forces.conservativeResize(9, 17);
-    EXPECT_EQ(support::stopped_with([&] { vibration::rebuild_forces(of.relations, points.forces, points.steps); }),
-              "forces and steps: expected 9 x 18 values|standard error|2");
+    EXPECT_EQ(stopped([](computed_points& changed) { changed.steps(0) = nothing; }),
+              "steps: found a value that is not finite|standard error|2");
+    const std::string sizes = "forces and steps: expected 9 x 18 values|standard error|2";
+    EXPECT_EQ(stopped([](computed_points& changed) { changed.forces.conservativeResize(9, 17); }), sizes);
+    EXPECT_EQ(stopped([](computed_points& changed) { changed.forces.conservativeResize(8, 18); }), sizes);
+    EXPECT_EQ(stopped([](computed_points& changed) { changed.steps.conservativeResize(17); }), sizes);
+}
+
+TEST(rebuild_dipoles, refuses_numbers_that_are_not_there) {
+    const listing of = list(water());
+    const auto stopped = [&](Eigen::Matrix3Xd dipoles) {
+        return support::stopped_with([&] { vibration::rebuild_dipoles(of.relations, dipoles); });
+    };
+    EXPECT_EQ(stopped(Eigen::Matrix3Xd::Ones(3, 18)), "no error");
+    EXPECT_EQ(stopped(Eigen::Matrix3Xd::Ones(3, 17)), "dipole moments: expected 3 x 18 values|standard error|2");
+    EXPECT_EQ(stopped(Eigen::Matrix3Xd::Ones(3, 18) / 0.0),
+              "dipole moments: found a value that is not finite|standard error|2");
 }
 
 TEST(central_differences, are_made_symmetric_and_tell_the_largest_asymmetry) {
@@ -136,16 +169,50 @@ TEST(central_differences, are_made_symmetric_and_tell_the_largest_asymmetry) {
 }
 
 TEST(central_differences, need_steps_in_opposite_directions) {
+    struct pair_of_steps {
+        double first;
+        double second;
+        const char* shown;
+    };
     const Eigen::MatrixXd forces = Eigen::MatrixXd::Zero(3, 6);
+    const Eigen::Matrix3Xd dipoles = Eigen::Matrix3Xd::Zero(3, 6);
     Eigen::VectorXd steps(6);
-    steps << 0.1, -0.1, -0.2, 0.2, 0.2, 0.2;
-    EXPECT_EQ(
-        support::stopped_with([&] { vibration::central_differences(forces, steps); }),
-        "points 5 and 6: expected steps in opposite directions, found 0.200000 and 0.200000 bohr|standard error|2");
-    steps(4) = 0.0;
-    EXPECT_EQ(
-        support::stopped_with([&] { vibration::dipole_derivatives(Eigen::Matrix3Xd::Zero(3, 6), steps); }),
-        "points 5 and 6: expected steps in opposite directions, found 0.000000 and 0.200000 bohr|standard error|2");
+    steps << 0.1, -0.1, -0.2, 0.2, 0.0, 0.0;
+    for (const pair_of_steps& one : {pair_of_steps{0.2, 0.2, "0.200000 and 0.200000"},
+                                     {-0.2, -0.2, "-0.200000 and -0.200000"},
+                                     {0.2, 0.0, "0.200000 and 0.000000"},
+                                     {-0.2, 0.0, "-0.200000 and 0.000000"},
+                                     {0.0, 0.2, "0.000000 and 0.200000"},
+                                     {0.0, -0.2, "0.000000 and -0.200000"}}) {
+        steps.tail<2>() << one.first, one.second;
+        const std::string expected = "points 5 and 6: expected steps in opposite directions, found " +
+                                     std::string(one.shown) + " bohr|standard error|2";
+        EXPECT_EQ(support::stopped_with([&] { vibration::central_differences(forces, steps); }), expected);
+        EXPECT_EQ(support::stopped_with([&] { vibration::dipole_derivatives(dipoles, steps); }), expected);
+    }
+    steps.tail<2>() << -1e308, 1e308;  // their distance is no number
+    EXPECT_TRUE(support::stopped_with([&] {
+                    vibration::central_differences(forces, steps);
+                }).starts_with("points 5 and 6: expected steps in opposite directions, found -1000"));
+}
+
+TEST(central_differences, refuse_what_does_not_fit) {
+    const auto hessian = [](const Eigen::MatrixXd& forces, Eigen::Index steps) {
+        return support::stopped_with([&] { vibration::central_differences(forces, Eigen::VectorXd::Zero(steps)); });
+    };
+    const auto dipole = [](const Eigen::Matrix3Xd& dipoles, Eigen::Index steps) {
+        return support::stopped_with([&] { vibration::dipole_derivatives(dipoles, Eigen::VectorXd::Zero(steps)); });
+    };
+    const Eigen::MatrixXd forces = Eigen::MatrixXd::Ones(3, 6);
+    const std::string sizes = "forces and steps: expected 3 x 6 values|standard error|2";
+    EXPECT_EQ(hessian(Eigen::MatrixXd::Ones(3, 5), 6), sizes);
+    EXPECT_EQ(hessian(forces, 5), sizes);
+    EXPECT_EQ(hessian(Eigen::MatrixXd::Ones(4, 8), 8), "forces and steps: expected 4 x 8 values|standard error|2");
+    EXPECT_EQ(hessian(forces / 0.0, 6), "forces: found a value that is not finite|standard error|2");
+    EXPECT_EQ(dipole(forces, 12), "dipole moments and steps: expected 3 x 12 values|standard error|2");
+    EXPECT_EQ(dipole(Eigen::Matrix3Xd::Ones(3, 8), 8),
+              "dipole moments and steps: expected 3 x 8 values|standard error|2");
+    EXPECT_EQ(dipole(forces / 0.0, 6), "dipole moments: found a value that is not finite|standard error|2");
 }
 
 }  // namespace

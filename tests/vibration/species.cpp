@@ -195,8 +195,12 @@ TEST(species, of_ethylene) {
 TEST(species, of_a_label_that_lowers_the_symmetry) {
     const listing of = list(water());
     Eigen::VectorXd masses = masses_of(of.numbers);
-    masses(2) = 2.014;
     const Eigen::MatrixXd hessian = spring_hessian(of.numbers, of.positions);
+    masses(2) += 0.9e-8;
+    EXPECT_EQ(group_of(of, masses, hessian).name, "C2V");
+    masses(2) += 0.2e-8;
+    EXPECT_EQ(group_of(of, masses, hessian).name, "CS");
+    masses(2) = 2.014;
     const vibration::species_group group = group_of(of, masses, hessian);
     EXPECT_EQ(group.name, "CS");
     ASSERT_EQ(group.left_out.size(), 2U);
@@ -233,11 +237,99 @@ TEST(species, leave_out_what_the_positions_do_not_have_and_what_is_no_operation)
     EXPECT_EQ(group.left_out[0].reason, "it carries two atoms onto one");
     EXPECT_EQ(group.left_out[1].name, "Syz");
     EXPECT_EQ(group.left_out[1].reason, "it makes no group with the others");
+    of.relations.symmetry[1].images.setLinSpaced(2, 0, 1);
+    group = group_of(of, masses_of(of.numbers), hessian);
+    EXPECT_EQ(group.name, "CS");
+    EXPECT_EQ(group.left_out.at(0).reason, "it carries two atoms onto one");
     of = list(water());
-    of.positions(1, 2) += 0.003;
+    of.positions(1, 2) += 0.0019;
+    EXPECT_EQ(group_of(of, masses_of(of.numbers), hessian).name, "C2V");
+    of.positions(1, 2) += 0.0002;
     group = group_of(of, masses_of(of.numbers), hessian);
     EXPECT_EQ(group.name, "CS");
     EXPECT_EQ(group.left_out.at(0).reason, "the positions differ");
+}
+
+TEST(species, of_operations_whose_products_carry_atoms_elsewhere) {
+    // Of two atoms that nearly lie on one another either may be the other's image.
+    listing of;
+    of.numbers = Eigen::Vector2i(1, 1);
+    of.positions = Eigen::Matrix3Xd::Zero(3, 2);
+    const Eigen::Vector2i stay(0, 1);
+    of.relations.symmetry = {{Eigen::Vector3d(-1, -1, 1).asDiagonal(), stay},
+                             {Eigen::Vector3d(1, -1, 1).asDiagonal(), Eigen::Vector2i(1, 0)},
+                             {Eigen::Vector3d(-1, 1, 1).asDiagonal(), stay}};
+    const Eigen::MatrixXd hessian = Eigen::MatrixXd::Zero(6, 6);
+    vibration::species_group group = group_of(of, Eigen::VectorXd::Ones(2), hessian);
+    EXPECT_EQ(group.name, "C2");  // of three groups of two, that of the lowest operation
+    ASSERT_EQ(group.left_out.size(), 2U);
+    for (const int k : {0, 1}) {
+        EXPECT_EQ(group.left_out.at(static_cast<std::size_t>(k)).name, k == 0 ? "Szx" : "Syz");
+        EXPECT_EQ(group.left_out.at(static_cast<std::size_t>(k)).reason, "it makes no group with the others");
+    }
+    of.relations.symmetry[1].images = stay;
+    EXPECT_EQ(group_of(of, Eigen::VectorXd::Ones(2), hessian).name, "C2V");
+}
+
+TEST(species, of_a_line_go_by_the_axes_of_the_list) {
+    // Both mirror planes hold all atoms. B1 is the bend along x, and comes first unless the one along y is lower by a
+    // thousandth of a wavenumber.
+    molecule on_z = {Eigen::Vector3i(6, 8, 16), Eigen::Matrix3Xd::Zero(3, 3)};
+    on_z.positions.row(2) << 0.0, 1.2, -1.2;
+    const listing of = list(on_z);
+    ASSERT_EQ(of.group, 4);
+    const Eigen::VectorXd masses = Eigen::Vector3d(12.0, 16.0, 32.0);
+    const double per_amu = 4.0 / 12.0 + 1.0 / 16.0 + 1.0 / 32.0;
+    for (const double lower : {0.0009, 0.0011}) {
+        const double along_x = 600.0;
+        Eigen::MatrixXd hessian = Eigen::MatrixXd::Zero(9, 9);
+        for (const int axis : {0, 1, 2}) {
+            Eigen::VectorXd motion = Eigen::VectorXd::Zero(9);
+            motion(axis) = -2.0;
+            motion(3 + axis) = 1.0;
+            motion(6 + axis) = 1.0;
+            const double frequency = axis == 2 ? 900.0 : axis == 1 ? along_x - lower : along_x;
+            hessian += std::pow(frequency / 5140.487153, 2) / per_amu * motion * motion.transpose();
+        }
+        const vibration::vibrations modes = vibrate(of, masses, hessian);
+        const std::vector<std::string> found = labels(modes, group_of(of, masses, hessian));
+        const Eigen::Index first = 1;  // nothing resists the other stretch
+        ASSERT_EQ(found.size(), 4U);
+        const bool is_lower = lower > 0.001;
+        EXPECT_EQ(found[first], is_lower ? "B2" : "B1");
+        EXPECT_EQ(found[first + 1], is_lower ? "B1" : "B2");
+        EXPECT_NEAR(modes.frequencies(is_lower ? first + 1 : first), along_x, 1e-5);
+        EXPECT_GT(std::abs(modes.displacements(is_lower ? 1 : 0, first)), 0.5);
+    }
+}
+
+TEST(species, of_lists_without_the_identity_and_without_atoms) {
+    listing of = list(water());
+    const Eigen::VectorXd masses = masses_of(of.numbers);
+    const Eigen::MatrixXd hessian = spring_hessian(of.numbers, of.positions);
+    of.relations.symmetry.erase(of.relations.symmetry.begin());
+    const vibration::species_group group = group_of(of, masses, hessian);
+    EXPECT_EQ(group.name, "C2V");
+    EXPECT_TRUE(group.left_out.empty());
+    EXPECT_EQ(group.symmetry.at(0).matrix, Eigen::Matrix3d::Identity());
+    const vibration::species_group none =
+        vibration::find_species_group(Eigen::VectorXd(0), Eigen::Matrix3Xd(3, 0), Eigen::MatrixXd(0, 0), {});
+    EXPECT_EQ(none.name, "C1");
+    EXPECT_EQ(none.species, std::vector<std::string>{"A"});
+}
+
+TEST(species, refuse_what_does_not_fit) {
+    const auto stopped = [](Eigen::Index natom, Eigen::Index rows, Eigen::Index columns) {
+        return support::stopped_with([&] {
+            vibration::find_species_group(Eigen::VectorXd::Ones(2), Eigen::Matrix3Xd::Zero(3, natom),
+                                          Eigen::MatrixXd::Zero(rows, columns), {});
+        });
+    };
+    const std::string sizes = "Hessian: expected 6 x 6 values|standard error|2";
+    EXPECT_EQ(stopped(2, 6, 6), "no error");
+    EXPECT_EQ(stopped(3, 6, 6), sizes);
+    EXPECT_EQ(stopped(2, 5, 6), sizes);
+    EXPECT_EQ(stopped(2, 6, 5), sizes);
 }
 
 TEST(species, refuse_a_matrix_that_is_not_one_of_the_eight) {
