@@ -530,7 +530,7 @@ TEST(refusals, geometry_files) {
     replace_in("PES-0/coord-1-dx.com", "-0.00500000", "-0.00500100");
     replace_in("PES-0/coord-1-dy.com", "0.77218912", "0.77218913");
     replace_in("PES-0/coord-1-dz.com", "b3lyp", "b3pw91");
-    replace_in("PES-0/coord-1+dz.com", "0 1\n", "1 2\n");
+    replace_in("PES-0/coord-1+dz.com", "0 1\n", "0 3\n");
     replace_in("PES-0/coord-2-dx.com", "   H ", "   F ");
     std::filesystem::remove("PES-0/coord-2-dy.com");
     replace_in("PES-0/coord-2+dy.com", "0 1\n", "2 1\n");
@@ -543,7 +543,7 @@ TEST(refusals, geometry_files) {
               "0.00000001\n"
               "PES-0/coord-1-dz.com:2: expected the route '#p b3lyp/6-31g(d) force nosymm' of the reference, found '#p "
               "b3pw91/6-31g(d) force nosymm'\n"
-              "PES-0/coord-1+dz.com:6: expected charge 0 and multiplicity 1 of the reference, found 1 and 2\n"
+              "PES-0/coord-1+dz.com:6: expected charge 0 and multiplicity 1 of the reference, found 0 and 3\n"
               "PES-0/coord-2-dx.com:8: expected atom 2, H, found 'F               -0.00500000    0.77218912   "
               "-0.45523579'\n"
               "PES-0/coord-2-dy.com: cannot open: No such file or directory\n"
@@ -551,6 +551,47 @@ TEST(refusals, geometry_files) {
               "PES-0/coord-2-dz.com:7: expected three coordinates of atom 1, found 'O                0.00000000    "
               "0.00000000    0.11380895 7'\n"
               "PES-0/coord-2+dz.com:10: expected a blank line after 3 atoms, found 'H 0 0 9'\n");
+}
+
+TEST(refusals, geometry_files_that_are_cut_or_of_another_form) {
+    struct geometry_case {
+        const char* before;  ///< what stands before it is kept
+        const char* rest;
+        const char* message;
+    };
+    const good_folder good;
+    const std::string whole = support::read_file("PES-0/coord-2-dy.com");
+    for (const geometry_case& one :
+         {geometry_case{"\n\nwater", "", "2: expected a blank line after the route, found the end of the file"},
+          {"water", "", "3: expected a blank line after the title, found the end of the file"},
+          {"\n0 1", "", "4: expected a blank line after the title, found the end of the file"},
+          {"0 1", "", "5: expected charge and multiplicity, found the end of the file"},
+          {"0 1", "\n", "6: expected charge and multiplicity, found ''"},
+          {"0 1", ",1\n", "6: expected charge and multiplicity, found ',1'"},
+          {"0 1", "0.5 1\n", "6: expected charge and multiplicity, found '0.5 1'"},
+          {"0 1", "0\n", "6: expected charge and multiplicity, found '0'"},
+          {"0 1", "0 one\n", "6: expected charge and multiplicity, found '0 one'"},
+          {"   O ", "", "6: expected atom 1, O, found the end of the file"},
+          {"-0.77218912", "x -0.77218912   -0.45523579\n",
+           "9: expected three coordinates of atom 3, found 'H                0.00000000   x -0.77218912   "
+           "-0.45523579'"}}) {
+        SCOPED_TRACE(one.message);
+        const std::size_t kept = whole.find(one.before);
+        ASSERT_NE(kept, std::string::npos);
+        support::write_file("PES-0/coord-2-dy.com", whole.substr(0, kept) + one.rest);
+        EXPECT_EQ(refusals_of_run(), "PES-0/coord-2-dy.com:" + std::string(one.message) + "\n");
+    }
+    // An editor took the blank lines at the end away, or made them end in CR LF, or the title was empty.
+    std::string windows;
+    for (const char c : whole) {
+        windows += c == '\n' ? "\r\n" : std::string(1, c);
+    }
+    std::string untitled = whole;
+    untitled.erase(untitled.find("water"), 5);
+    for (const std::string& text : {whole.substr(0, whole.size() - 3), windows, untitled}) {
+        support::write_file("PES-0/coord-2-dy.com", text);
+        EXPECT_EQ(assemble().standard_error, "") << text;
+    }
 }
 
 TEST(refusals, a_log_that_is_cut_gives_no_result) {
@@ -592,67 +633,198 @@ TEST(refusals, a_list_that_does_not_agree_with_itself) {
         const char* to;
         const char* message;
     };
-    for (const list_case& one : {
-             list_case{"atoms:      3", "atoms: ******",
-                       "1: expected a number from 1 to 999999 as the number of atoms, "
-                       "found '******'"},
-             {"atoms:      3\n", "atoms:      3 x\n", "1: expected this line to end at column 23, found ' x'"},
-             {"files:     10", "files:     11",
-              "14: expected the name of a geometry file, coord-..., found "
-              "'Begin_vesk_info'"},
-             {"Number of files:     10", "Number of Files:     10",
-              "2: expected 'Number of files: ', found 'Number of Files:     10'"},
-             {"dx=  0.005000", "dx=**********", "3: expected 'dx=' and the step, found 'dx=**********'"},
-             {"coord-0-00", "coord-9-00", "4: expected the name of the reference, 'coord-0-00', found 'coord-9-00'"},
-             {"       C2V", "       C3V",
-              "15: expected 'Point          group:' and one of the eight groups, found 'Point          group:       "
-              "C3V'"},
-             {"operations:         4", "operations:         8", "16: expected 4 as the order of C2V, found '8'"},
-             {"   -1.000000000    0.000000000    0.000000000", "   -0.500000000    0.000000000    0.000000000",
-              "23: expected -1 in row 1, column 1 of the matrix of C2z, found '-0.500000000'"},
-             {"       2      H        1       2       3       3       2",
-              "       2      H        1       2       3       3       3",
-              "38: expected Syz to carry the atoms onto different ones, found two that go to atom 3"},
-             {"       1      O        8 ", "       1     Qq        8 ", "36: expected a chemical symbol, found 'Qq'"},
-             {"       1      O        8 ", "       1      O        7 ",
-              "36: expected 8 as the atomic number of this symbol, found '7'"},
-             {"       2  1+dx           F       1 ", "       2  1+dx           F       4 ",
-              "44: expected an operation that carries point 4 onto point 2, found C2z, which carries it onto point 3"},
-             {"       2     C2z\n       3", "       2     Syz\n       3",
-              "44: expected C2z as operation 2, found 'Syz'"},
-             {"       9  2-dy           T       9 ", "       9  2-dy           T      10 ",
-              "51: expected point 9, which is computed, to follow from itself by E, found '       9  2-dy           T  "
-              " "
-              "   10       1       E'"},
-             {"      10  2+dy           T", "      10  2-dy           T", "52: expected the name 2+dy, found '2-dy'"},
-             {"                    coord-1-dx\n", "                    coord-1/dx\n",
-              "5: expected the name of a geometry file, coord-..., found '                    coord-1/dx'"},
-             {"Operation         1         E", "Operation         1       C2z",
-              "18: expected the operation E first, found 'C2z'"},
-             {"       2      H        1       2 ", "       2      H        1       3 ",
-              "37: expected atom 2 as its own image under E, found '3'"},
-             {"       2  1+dx           F       1 ", "       2  1+dx           F       2 ",
-              "44: expected another point than 2, which is not computed, as m, found '       2  1+dx           F       "
-              "2       2     C2z'"},
-             {"       2  1+dx           F       1 ", "       2  1+dx           F       0 ",
-              "44: expected a number from 1 to 18 as m, found '0'"},
-             {"                    coord-1-dy\n", "                    coord-3-dy\n",
-              "45: expected coord-1-dy as name 3 at the top of the list, found coord-3-dy"},
-             {"       5  1-dz           T", "       5  1-dz           G", "47: expected T or F as is_calc, found 'G'"},
-             {"      14  3+dx           F       7       2     C2z",
-              "      14  3+dx           F      13       4     Syz",
-              "60: expected computed points as m, found point 13 for point 14"},
-             {"End_vesk_info\n", "",
-              "60: expected 'End_vesk_info', found the end of the list; displacement_generator did "
-              "not finish, or the list was cut"},
-             {"End_vesk_info\n", "End_vesk_info\n\n", "62: expected 'End_vesk_info' as the last line, found ''"},
-         }) {
+    const std::vector<list_case> cases = {
+        {"atoms:      3", "atoms: ******",
+         "1: expected a number from 1 to 999999 as the number of atoms, "
+         "found '******'"},
+        {"atoms:      3\n", "atoms:      3 x\n", "1: expected this line to end at column 23, found ' x'"},
+        {"files:     10", "files:     11",
+         "14: expected the name of a geometry file, coord-..., found "
+         "'Begin_vesk_info'"},
+        {"Number of files:     10", "Number of Files:     10",
+         "2: expected 'Number of files: ', found 'Number of Files:     10'"},
+        {"dx=  0.005000", "dx=**********", "3: expected 'dx=' and the step, found 'dx=**********'"},
+        {"coord-0-00", "coord-9-00", "4: expected the name of the reference, 'coord-0-00', found 'coord-9-00'"},
+        {"       C2V", "       C3V",
+         "15: expected 'Point          group:' and one of the eight groups, found 'Point          group:       "
+         "C3V'"},
+        {"operations:         4", "operations:         8", "16: expected 4 as the order of C2V, found '8'"},
+        {"   -1.000000000    0.000000000    0.000000000", "   -0.500000000    0.000000000    0.000000000",
+         "23: expected -1 in row 1, column 1 of the matrix of C2z, found '-0.500000000'"},
+        {"       2      H        1       2       3       3       2",
+         "       2      H        1       2       3       3       3",
+         "38: expected Syz to carry the atoms onto different ones, found two that go to atom 3"},
+        {"       1      O        8 ", "       1     Qq        8 ", "36: expected a chemical symbol, found 'Qq'"},
+        {"       1      O        8 ", "       1      O        7 ",
+         "36: expected 8 as the atomic number of this symbol, found '7'"},
+        {"       2  1+dx           F       1 ", "       2  1+dx           F       4 ",
+         "44: expected an operation that carries point 4 onto point 2, found C2z, which carries it onto point 3"},
+        {"       2     C2z\n       3", "       2     Syz\n       3", "44: expected C2z as operation 2, found 'Syz'"},
+        {"       9  2-dy           T       9 ", "       9  2-dy           T      10 ",
+         "51: expected point 9, which is computed, to follow from itself by E, found '       9  2-dy           T  "
+         " "
+         "   10       1       E'"},
+        {"      10  2+dy           T", "      10  2-dy           T", "52: expected the name 2+dy, found '2-dy'"},
+        {"                    coord-1-dx\n", "                    coord-1/dx\n",
+         "5: expected the name of a geometry file, coord-..., found '                    coord-1/dx'"},
+        {"Operation         1         E", "Operation         1       C2z",
+         "18: expected the operation E first, found 'C2z'"},
+        {"       2      H        1       2 ", "       2      H        1       3 ",
+         "37: expected atom 2 as its own image under E, found '3'"},
+        {"       2  1+dx           F       1 ", "       2  1+dx           F       2 ",
+         "44: expected another point than 2, which is not computed, as m, found '       2  1+dx           F       "
+         "2       2     C2z'"},
+        {"       2  1+dx           F       1 ", "       2  1+dx           F       0 ",
+         "44: expected a number from 1 to 18 as m, found '0'"},
+        {"                    coord-1-dy\n", "                    coord-3-dy\n",
+         "45: expected coord-1-dy as name 3 at the top of the list, found coord-3-dy"},
+        {"       5  1-dz           T", "       5  1-dz           G", "47: expected T or F as is_calc, found 'G'"},
+        {"      14  3+dx           F       7       2     C2z", "      14  3+dx           F      13       4     Syz",
+         "60: expected computed points as m, found point 13 for point 14"},
+        {"End_vesk_info\n", "",
+         "60: expected 'End_vesk_info', found the end of the list; displacement_generator did "
+         "not finish, or the list was cut"},
+        {"End_vesk_info\n", "End_vesk_info\n\n", "62: expected 'End_vesk_info' as the last line, found ''"},
+        {"atoms:      3", "atoms:      0", "1: expected a number from 1 to 999999 as the number of atoms, found '0'"},
+        {"files:     10", "files:     20", "2: expected a number from 1 to 19 as the number of files, found '20'"},
+        {"files:     10", "files:     19",
+         "14: expected the name of a geometry file, coord-..., found 'Begin_vesk_info'"},
+        {"files:     10\n", "files:     10 x\n", "2: expected this line to end at column 23, found ' x'"},
+        {"dx=  0.005000", "dy=  0.005000", "3: expected 'dx=' and the step, found 'dy=  0.005000'"},
+        {"dx=  0.005000\n", "dx=  0.005000 x\n", "3: expected this line to end at column 13, found ' x'"},
+        {"                    coord-1-dx\n", "                    coord-1 dx\n",
+         "5: expected the name of a geometry file, coord-..., found '                    coord-1 dx'"},
+        {"                    coord-1-dx\n", "                    coord-1\tdx\n",
+         "5: expected the name of a geometry file, coord-..., found '                    coord-1\\tdx'"},
+        {"                    coord-1-dx\n", "                    coord-1-dx x\n",
+         "5: expected the name to end at column 30, found ' x'"},
+        {"Begin_vesk_info", "Begin_info", "14: expected 'Begin_vesk_info', found 'Begin_info'"},
+        {"Point          group:       C2V", "Point          Group:       C2V",
+         "15: expected 'Point          group:' and one of the eight groups, found 'Point          Group:       "
+         "C2V'"},
+        {"       C2V\n", "       C2V x\n", "15: expected this line to end at column 31, found ' x'"},
+        {"operations:         4\n", "operations:         4 x\n",
+         "16: expected this line to end at column 31, found ' x'"},
+        {"Operation     matrix:", "Operation   matrices:",
+         "17: expected 'Operation     matrix:', found 'Operation   matrices:'"},
+        {"Operation         1         E",
+         "Atom correspondance:", "18: expected the operation E, found 'Atom correspondance:'"},
+        {"Operation         1         E", "operation         1         E",
+         "18: expected the operation E, found 'operation         1         E'"},
+        {"Operation         1         E", "Operation         2         E",
+         "18: expected 1 as the place of the operation, found '2'"},
+        {"Operation         1         E\n", "Operation         1         E x\n",
+         "18: expected this line to end at column 29, found ' x'"},
+        {"Operation         2       C2z", "Operation         3       C2z",
+         "22: expected 2 as the place of the operation, found '3'"},
+        {"Operation         3       Szx", "Operation         3       C2z",
+         "26: expected operations in the order E, C2z, C2y, C2x, I, Sxy, Szx, Syz, found 'C2z'"},
+        {"Operation         3       Szx", "Operation         3       C4z",
+         "26: expected operations in the order E, C2z, C2y, C2x, I, Sxy, Szx, Syz, found 'C4z'"},
+        {"    0.000000000    0.000000000    1.000000000\nOperation         2",
+         "    0.000000000    0.000000001    1.000000000\nOperation         2",
+         "21: expected 0 in row 3, column 2 of the matrix of E, found '0.000000001'"},
+        {"    0.000000000    0.000000000    1.000000000\nOperation         2",
+         "    0.000000000    0.000000000***************\nOperation         2",
+         "21: expected 1 in row 3, column 3 of the matrix of E, found '***************'"},
+        {"    0.000000000    0.000000000    1.000000000\nOperation         2",
+         "    0.000000000    0.000000000    1.000000000 x\nOperation         2",
+         "21: expected the row to end at column 45, found ' x'"},
+        {"Atom correspondance:", "Atom correspondence:",
+         "34: expected an operation or 'Atom correspondance:', found 'Atom correspondence:'"},
+        {"       n  symbol     nat ", "       m  symbol     nat ",
+         "35: expected the heading of the correspondence table, found '       m  symbol     nat       E     C2z  "
+         "   Szx     Syz'"},
+        {"       n  symbol     nat ", "       n symbols     nat ",
+         "35: expected the heading of the correspondence table, found '       n symbols     nat       E     C2z  "
+         "   Szx     Syz'"},
+        {"       n  symbol     nat ", "       n  symbol  number ",
+         "35: expected the heading of the correspondence table, found '       n  symbol  number       E     C2z  "
+         "   Szx     Syz'"},
+        {"     C2z     Szx     Syz\n", "     C2z     Sxy     Syz\n", "35: expected the column of Szx, found 'Sxy'"},
+        {"     C2z     Szx     Syz\n", "     C2z     Szx     Syz       I\n",
+         "35: expected the heading to end at column 56, found '       I'"},
+        {"       1      O        8 ", "       2      O        8 ", "36: expected 1 as the atom's number, found '2'"},
+        {"       1      O        8 ", "       1      0        0 ", "36: expected a chemical symbol, found '0'"},
+        {"       1      O        8 ", "       1    119        0 ", "36: expected a chemical symbol, found '119'"},
+        {"       1      O        8 ", "       1    118        8 ",
+         "36: expected 0 as the atomic number of this symbol, found '8'"},
+        {"       1      O        8 ", "       1      1        8 ",
+         "36: expected 0 as the atomic number of this symbol, found '8'"},
+        {"       1      O        8 ", "       1     OZ        8 ", "36: expected a chemical symbol, found 'OZ'"},
+        {"       1      O        8 ", "       1     Oz        8 ", "36: expected a chemical symbol, found 'Oz'"},
+        {"       1      O        8 ", "       1     O(        8 ",
+         "36: expected 0 as the atomic number of this symbol, found '8'"},
+        {"       2      H        1       2       3 ", "       2      H        1       2       0 ",
+         "37: expected a number from 1 to 3 as an image, found '0'"},
+        {"       2      H        1       2       3 ", "       2      H        1       2       4 ",
+         "37: expected a number from 1 to 3 as an image, found '4'"},
+        {"       3       3       2\n", "       3       3       2 x\n",
+         "37: expected the row to end at column 56, found ' x'"},
+        {"Total         points:        18", "Total         points:        19", "39: expected 18 as 6 N, found '19'"},
+        {"Calculated    points:         9", "Calculated    points:        10",
+         "40: expected 9 as the number of files less one, found '10'"},
+        {"      file is_calc", "      name is_calc",
+         "41: expected '       n      file is_calc       m num(op)      op', found '       n      name is_calc     "
+         "  m num(op)      op'"},
+        {"       0  0-00           T       0       1       E", "       1  0-00           T       0       1       E",
+         "42: expected 0 as the number of the point, found '1'"},
+        {"       0  0-00           T       0       1       E", "       0  1-00           T       0       1       E",
+         "42: expected the reference, 0-00, as row 0, found '       0  1-00           T       0       1       E'"},
+        {"       0  0-00           T       0       1       E", "       0  0-00           F       0       1       E",
+         "42: expected the reference, 0-00, as row 0, found '       0  0-00           F       0       1       E'"},
+        {"       0  0-00           T       0       1       E", "       0  0-00           T       0       1     C2z",
+         "42: expected the reference, 0-00, as row 0, found '       0  0-00           T       0       1     C2z'"},
+        {"       0  0-00           T       0       1       E", "       0  0-00           T       1       1       E",
+         "42: expected 0 as m, found '1'"},
+        {"       0  0-00           T       0       1       E", "       0  0-00           T       0       2       E",
+         "42: expected 1 as num(op), found '2'"},
+        {"       0       1       E\n", "       0       1       E x\n",
+         "42: expected the row to end at column 50, found ' x'"},
+        {"       1  1-dx           T", "       2  1-dx           T",
+         "43: expected 1 as the number of the point, found '2'"},
+        {"       1  1-dx           T", "       1  1              T", "43: expected the name 1-dx, found '1'"},
+        {"       1  1-dx           T", "       1  1+dx           T",
+         "43: expected coord-1+dx as name 2 at the top of the list, found coord-1-dx"},
+        {"       1  1-dx           T", "       1  2-dx           T", "43: expected the name 1-dx, found '2-dx'"},
+        {"       2  1+dx           F       1 ", "       2  1+dx           F      19 ",
+         "44: expected a number from 1 to 18 as m, found '19'"},
+        {"       2     C2z\n       3", "       0     C2z\n       3",
+         "44: expected a number from 1 to 4 as num(op), found '0'"},
+        {"       2     C2z\n       3", "       5     C2z\n       3",
+         "44: expected a number from 1 to 4 as num(op), found '5'"},
+        {"       2     C2z\n       3", "       2     C2z x\n       3",
+         "44: expected the row to end at column 50, found ' x'"},
+        {"       9       1       E\n", "       9       2     C2z\n",
+         "51: expected point 9, which is computed, to follow from itself by E, found '       9  2-dy           T  "
+         "     9       2     C2z'"},
+    };
+    const good_folder good;
+    const std::string whole = support::read_file("PES-0/files.out");
+    for (const list_case& one : cases) {
         SCOPED_TRACE(one.message);
-        const good_folder good;
+        support::write_file("PES-0/files.out", whole);
         replace_in("PES-0/files.out", one.from, one.to);
         EXPECT_EQ(refusals_of_run(2),
                   "displacement_assembler: error: PES-0/files.out:" + std::string(one.message) + "\n");
     }
+}
+
+TEST(refusals, no_list_for_blanks_at_the_ends_of_lines) {
+    const good_folder good;
+    const std::string expected = assemble().standard_output;
+    std::string wider = support::read_file("PES-0/files.out");
+    for (const char* line : {"atoms:      3", "files:     10", "dx=  0.005000", "coord-1-dx", "       C2V",
+                             "operations:         4", "Operation         2       C2z", "Syz\n       1      O",
+                             "       3       3       2", "points:        18", "       9       1       E"}) {
+        const std::size_t at = wider.find(line);
+        ASSERT_NE(at, std::string::npos) << line;
+        wider.insert(wider.find('\n', at), " \t ");
+    }
+    support::write_file("PES-0/files.out", wider);
+    const support::outcome done = assemble();
+    EXPECT_EQ(done.standard_error, "");
+    EXPECT_EQ(done.standard_output, expected);
 }
 
 TEST(refusals, a_list_with_a_name_too_many) {
@@ -663,6 +835,16 @@ TEST(refusals, a_list_with_a_name_too_many) {
     EXPECT_EQ(refusals_of_run(2),
               "displacement_assembler: error: PES-0/files.out:61: expected a computed point for each name, found none "
               "for coord-3-dx\n");
+}
+
+TEST(refusals, a_list_with_a_name_too_few) {
+    const good_folder good;
+    replace_in("PES-0/files.out", "files:     10", "files:      9");
+    replace_in("PES-0/files.out", "points:         9", "points:         8");
+    replace_in("PES-0/files.out", "                    coord-2+dz\n", "");
+    EXPECT_EQ(refusals_of_run(2),
+              "displacement_assembler: error: PES-0/files.out:53: expected coord-2+dz as name 10 at the top of the "
+              "list, found no more names\n");
 }
 
 TEST(refusals, a_list_that_carries_an_atom_onto_one_of_another_element) {

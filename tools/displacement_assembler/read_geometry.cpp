@@ -40,14 +40,16 @@ class geometry_reading {
 
   private:
     [[noreturn]] void refuse(const std::string& expected) const {
-        const std::string line = std::to_string(std::min(at_, lines_.size() - 1) + 1);
-        throw base::run_error(
-            name_ + ":" + line + ": expected " + expected + ", found " +
-            (at_ < lines_.size() ? "'" + base::shown(without_blanks(lines_[at_])) + "'" : "the end of the file"));
+        const std::string number = std::to_string(std::min(at_, lines_.size() - 1) + 1);
+        const std::string found = "'" + base::shown(without_blanks(line())) + "'";
+        throw base::run_error(name_ + ":" + number + ": expected " + expected + ", found " +
+                              (at_ < lines_.size() ? found : "the end of the file"));
     }
-    [[nodiscard]] bool is_blank() const { return without_blanks(lines_[at_]).empty(); }
+    /// The next line; nothing at the end of the file.
+    [[nodiscard]] std::string_view line() const { return at_ < lines_.size() ? lines_[at_] : std::string_view(); }
+    [[nodiscard]] bool is_blank() const { return without_blanks(line()).empty(); }
     void pass_section(const char* expected) {
-        while (at_ < lines_.size() && !is_blank()) {
+        while (!is_blank()) {
             ++at_;
         }
         if (at_ == lines_.size()) {
@@ -74,9 +76,9 @@ void geometry_reading::read_route() {
         throw base::run_error(name_ + ": expected a route, found none");
     }
     result_.route_line = static_cast<int>(route) + 1;
-    for (at_ = route; at_ < lines_.size() && !is_blank(); ++at_) {
+    for (at_ = route; !is_blank(); ++at_) {
         result_.route += result_.route.empty() ? "" : " ";
-        result_.route += without_blanks(lines_[at_]);
+        result_.route += without_blanks(line());
     }
     pass_section("a blank line after the route");
 }
@@ -86,10 +88,7 @@ void geometry_reading::read_charge() {
         ++at_;  // the first line of the title may be blank
     }
     pass_section("a blank line after the title");
-    if (at_ == lines_.size()) {
-        refuse("charge and multiplicity");
-    }
-    std::string_view rest = lines_[at_];
+    std::string_view rest = line();
     std::string_view charge;
     std::string_view multiplicity;
     if (base::next_field(rest, charge) != base::field_kind::value ||
@@ -105,7 +104,7 @@ void geometry_reading::read_atoms(const std::vector<std::string>& symbols) {
     result_.first_atom_line = static_cast<int>(at_) + 1;
     result_.positions.resize(3, static_cast<Eigen::Index>(symbols.size()));
     for (std::size_t i = 0; i < symbols.size(); ++i, ++at_) {
-        std::string_view rest = at_ < lines_.size() ? lines_[at_] : std::string_view();
+        std::string_view rest = line();
         if (next_word(rest) != symbols[i]) {
             refuse("atom " + std::to_string(i + 1) + ", " + symbols[i]);
         }
@@ -115,7 +114,7 @@ void geometry_reading::read_atoms(const std::vector<std::string>& symbols) {
         }
         result_.positions.col(static_cast<Eigen::Index>(i)) = Eigen::Map<const Eigen::Vector3d>(position);
     }
-    if (at_ < lines_.size() && !is_blank()) {
+    if (!is_blank()) {
         refuse("a blank line after " + std::to_string(symbols.size()) + " atoms");
     }
 }

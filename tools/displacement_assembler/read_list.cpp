@@ -31,11 +31,10 @@ std::string table_entry(const base::text<3>& entry) { return std::string(gaussia
 int number_of_label(std::string_view label) {
     int number = 0;
     if (base::read_integer(label, number) == base::number_status::ok) {
-        return number >= 1 && number <= 118 ? number : 0;
+        return number >= 1 && number <= gaussian::largest_atomic_number ? number : 0;
     }
     number = gaussian::number_of(label);
-    const bool has_name =
-        label.size() > 1 && !((label[1] >= 'a' && label[1] <= 'z') || (label[1] >= 'A' && label[1] <= 'Z'));
+    const bool has_name = label.size() > 1 && !gaussian::is_letter(label[1]);
     return number == 0 && has_name ? gaussian::number_of(label.substr(0, 1)) : number;
 }
 
@@ -86,7 +85,7 @@ class list_reading {
     std::vector<bool> is_computed_;   ///< of each displacement, from 1
     std::vector<int> table_numbers_;  ///< of the operations, 1..8
     std::size_t next_file_ = 1;
-    char first_sign_ = ' ';  ///< in the names of the lowered coordinates
+    char first_sign_ = '-';  ///< in the names of the lowered coordinates
 };
 
 void list_reading::next_line(const std::string& expected) {
@@ -315,8 +314,8 @@ void list_reading::check_tag(int n, std::string_view tag, bool is_computed) {
     number.insert(0, std::to_string(natom_).size() - number.size(), '0');
     const auto name_with = [&](char sign) { return number + sign + 'd' + direction; };
     constexpr std::size_t tag_width = 8;
-    if (first_sign_ == ' ' && tag.size() > number.size()) {
-        first_sign_ = tag[number.size()] == '+' ? '+' : '-';
+    if (n == 1) {
+        first_sign_ = tag.find('+') == std::string_view::npos ? '-' : '+';
     }
     const char sign = (n % 2 == 1) == (first_sign_ == '-') ? '-' : '+';
     const std::string expected = name_with(sign);

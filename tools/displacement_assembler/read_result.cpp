@@ -1,13 +1,14 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
 
 #include "base/error.hpp"
 #include "gaussian/checkpoint.hpp"
-#include "gaussian/constants.hpp"
+#include "gaussian/fields.hpp"
 #include "gaussian/forces_file.hpp"
 #include "gaussian/log.hpp"
 #include "gaussian/source.hpp"
@@ -177,10 +178,7 @@ std::string plain_route(std::string_view route) {
         plain += plain.empty() ? "" : " ";
         plain += word;
     }
-    for (char& c : plain) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return plain;
+    return gaussian::lower(plain);
 }
 
 std::string find_result(const std::string& stem) {
@@ -197,12 +195,8 @@ std::string find_result(const std::string& stem) {
 result read_result(const std::string& path, const expected_geometry& expected) {
     result found;
     found.file = path;
-    for (const kind& next : kinds) {
-        if (path.ends_with(next.ending)) {
-            next.read(path, expected, found);
-            break;
-        }
-    }
+    const auto has_ending = [&](const kind& one) { return path.ends_with(one.ending); };
+    std::find_if(kinds.begin(), kinds.end(), has_ending)->read(path, expected, found);  // find_result knows no others
     return found;
 }
 

@@ -3,6 +3,7 @@
 
 #include "analysis.hpp"
 #include "base/error.hpp"
+#include "gaussian/fields.hpp"
 #include "gaussian/symbols.hpp"
 #include "printed.hpp"
 
@@ -12,11 +13,7 @@ namespace {
 
 /// "C2v" of the list's "C2V".
 std::string group_name(std::string_view label) {
-    std::string name(label);
-    for (std::size_t i = 1; i < name.size(); ++i) {
-        name[i] = name[i] >= 'A' && name[i] <= 'Z' ? static_cast<char>(name[i] - 'A' + 'a') : name[i];
-    }
-    return name;
+    return std::string(label.substr(0, 1)) + gaussian::lower(label.substr(1));
 }
 
 /// What the results say that they were computed with; nothing where none of them says so.
