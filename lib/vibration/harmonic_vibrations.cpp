@@ -82,14 +82,6 @@ rigid_block rigid_motions_of(const species_group& group, Eigen::Index species,
         // The rotations of a linear molecule about directions that share a species with its line depend on one another.
         result.rank += linear && rotation && motion % 3 == line_axis ? 0 : 1;
     }
-    // Rotations and translations have other lengths, and the rank is to be that of their directions.
-    const double least = 1e-8 * motions.colwise().norm().maxCoeff();
-    for (int motion = 0; motion < 6; ++motion) {
-        const double length = result.columns.col(motion).norm();
-        if (length > least) {
-            result.columns.col(motion) /= length;
-        }
-    }
     return result;
 }
 
@@ -100,7 +92,9 @@ void diagonalise(block& of, Eigen::MatrixXd hessian, const rigid_block& rigid) {
     if (vibrations == 0) {
         return;
     }
-    // Reflections that carry the rigid motions onto the first `rank` coordinates.
+    // Reflections that carry the rigid motions onto the first `rank` coordinates, the longest ones first: where the
+    // atoms of a linear molecule lie a little off their line, the rotation about it is by far the shortest, and is left
+    // over.
     const Eigen::ColPivHouseholderQR<Eigen::MatrixXd> factors(rigid.columns);
     auto turn = factors.householderQ();
     turn.setLength(rigid.rank);
