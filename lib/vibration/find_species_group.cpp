@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <optional>
 #include <string>
@@ -142,18 +143,10 @@ bool is_group(operation_set set, const candidates& from) {
     return true;
 }
 
-int count(operation_set set) {
-    int operations = 0;
-    for (int number = 1; number <= symmetry::tested_operations; ++number) {
-        operations += holds(set, number) ? 1 : 0;
-    }
-    return operations;
-}
-
 /// Whether `one` is to be preferred to `other`: it has more operations, or as many and the lowest in which they differ.
 bool is_preferred(operation_set one, operation_set other) {
-    if (count(one) != count(other)) {
-        return count(one) > count(other);
+    if (std::popcount(one) != std::popcount(other)) {
+        return std::popcount(one) > std::popcount(other);
     }
     for (int number = 1; number <= symmetry::tested_operations; ++number) {
         if (holds(one, number) != holds(other, number)) {
@@ -214,7 +207,7 @@ named_group name_group(operation_set set) {
     const int mirror = one_of(set, symmetry::sxy, symmetry::syz);
     const bool inverts = holds(set, symmetry::inversion);
     const std::array<unsigned, 3> as_listed = {x_bit, y_bit, z_bit};
-    switch (count(set)) {
+    switch (std::popcount(set)) {
         case 8:
             return {d2h, as_listed};
         case 4:

@@ -2,6 +2,7 @@
 #include <Eigen/QR>
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 #include "adapted_coordinates.hpp"
@@ -138,7 +139,7 @@ std::vector<place> sorted_modes(const std::vector<block>& blocks) {
             ++last;
         }
         std::sort(first, last, [](const place& one, const place& other) {
-            return one.species != other.species ? one.species < other.species : one.mode < other.mode;
+            return std::tie(one.species, one.mode) < std::tie(other.species, other.mode);
         });
         first = last;
     }

@@ -4,6 +4,7 @@
 #include <functional>
 #include <sstream>
 
+#include "displacement_assembler/energies.hpp"
 #include "model.hpp"
 
 using namespace displacement_generator;
@@ -61,6 +62,33 @@ class water_folder {
     support::scratch_folder folder;
     model molecule;
 };
+
+/// Energies (hartree) above one that is the same for all, and what the forces tell of them.
+struct energy_pair {
+    double energy;
+    double by_forces;
+};
+
+assembler::energy_verdict judge(const std::vector<energy_pair>& pairs, double step) {
+    std::vector<assembler::energy_point> points;
+    for (const energy_pair& one : pairs) {
+        points.push_back({"name", points.size(), one.energy, one.by_forces});
+    }
+    return assembler::judge_energies(points, step);
+}
+
+/// Eight energies that follow from forces `factor` times as large, but for what is added to one half of them and taken
+/// from the other.
+std::vector<energy_pair> eight_of(double by_forces, double factor, double off) {
+    std::vector<energy_pair> pairs;
+    for (int i = 0; i < 8; ++i) {
+        const double own = i < 4 ? by_forces : -by_forces;
+        pairs.push_back({factor * own + (i % 2 == 0 ? off : -off), own});
+    }
+    return pairs;
+}
+
+using places = std::vector<std::size_t>;
 
 void no_change(const std::string& /*unused*/, support::twin_point& /*unused*/) {}
 
@@ -131,9 +159,26 @@ TEST(energies, a_single_stale_result_is_refused) {
 
 TEST(energies, those_of_another_level_refuse_no_log) {
     const water_folder water;
-    for (const char* route : {"#p td(nstates=3)/b3lyp/6-31g* force nosymm", "#p rcis/6-31g* force nosymm",
-                              "#p oniom(b3lyp/6-31g*:uff) force nosymm", "#p ub2plypd3/cc-pvdz force nosymm",
-                              "#p rob2plyp/cc-pvdz force nosymm"}) {
+    for (const char* route : {"#p td(nstates=3)/b3lyp/6-31g* force nosymm",
+                              "#p rcis/6-31g* force nosymm",
+                              "#p oniom(b3lyp/6-31g*:uff) force nosymm",
+                              "#p ub2plypd3/cc-pvdz force nosymm",
+                              "#p rob2plyp/cc-pvdz force nosymm",
+                              "#p mpw2plypd/cc-pvdz force nosymm",
+                              "#p dsdpbep86/cc-pvdz force nosymm",
+                              "#p pbe0dh/cc-pvdz force nosymm",
+                              "#p pbeqidh/cc-pvdz force nosymm",
+                              "#p tda/b3lyp/6-31g* force nosymm",
+                              "#p b3lyp/6-31g*,td force nosymm",
+                              "#p b3lyp/6-31g* td=nstates=3 force nosymm",
+                              "#p eomccsd/6-31g* force nosymm",
+                              "#p ccsd(eom)/6-31g* force nosymm",
+                              "#p sac-ci/6-31g* force nosymm",
+                              "#p zindo force nosymm",
+                              "#p casscf(4,4)/6-31g* force nosymm",
+                              "#p cas(4,4)/6-31g* force nosymm",
+                              "#p gvb(1)/6-31g* force nosymm",
+                              "#p external='x' force nosymm"}) {
         SCOPED_TRACE(route);
         // The field's energy differs along one bond only.
         water.write_logs(
@@ -147,6 +192,17 @@ TEST(energies, those_of_another_level_refuse_no_log) {
         EXPECT_EQ(done.status, 0);
         EXPECT_NE(done.standard_error.find("notice: some energies do not follow from the forces"), std::string::npos)
             << done.standard_error;
+    }
+}
+
+TEST(energies, words_that_only_begin_like_another_level_name_none) {
+    const water_folder water;
+    for (const char* route : {"#p b3lyp/6-31g* force nosymm", "#p cisd/6-31g* force nosymm"}) {
+        SCOPED_TRACE(route);
+        water.write_logs([](const std::string& name,
+                            support::twin_point& point) { *point.energy += name == "coord-2+dy" ? 2e-4 : 0.0; },
+                         route);
+        EXPECT_EQ(assemble().status, 1);
     }
 }
 
@@ -291,4 +347,109 @@ TEST(energies, a_number_that_stands_for_all_is_told_of) {
     EXPECT_TRUE(done.standard_error.starts_with(
         "PES-0/files.out: notice: all energies are the same: they could not be compared with the forces\n"))
         << done.standard_error;
+}
+
+// By hand, of a step of 0.01 bohr: anharmonic terms of 2 * 10 * 0.01^3 / 12 = 1.667e-6 hartree are allowed, and 1e-6
+// beside them.
+
+TEST(judge_energies, allows_anharmonic_terms_and_noise) {
+    for (const double step : {0.01, -0.01}) {
+        for (const double off : {2.6e-6, -2.6e-6, 2.7e-6, -2.7e-6}) {
+            SCOPED_TRACE(off);
+            const assembler::energy_verdict verdict =
+                judge({{0.0, 0.0}, {1e-3, 1e-3}, {2e-3 + off, 2e-3}, {3e-3, 3e-3}, {-1e-3, -1e-3}}, step);
+            EXPECT_EQ(verdict.off, std::abs(off) > 2.65e-6 ? places{2} : places{});
+            EXPECT_TRUE(verdict.most_agree);
+            EXPECT_FALSE(verdict.one_number);
+            EXPECT_FALSE(verdict.all_by_this);
+            EXPECT_NEAR(verdict.reference, 0.0, 1e-15);
+        }
+    }
+}
+
+TEST(judge_energies, allows_noise_as_most_points_have_it) {
+    struct noise_case {
+        double noise;  ///< of half of the points
+        double off;    ///< of one
+        bool is_off;
+    };
+    // Twenty medians, but 2e-5 at the most.
+    for (const noise_case& one :
+         {noise_case{3e-7, 7.6e-6, false}, {3e-7, 7.8e-6, true}, {2e-6, 2.16e-5, false}, {2e-6, 2.18e-5, true}}) {
+        SCOPED_TRACE(one.off);
+        const double noise = one.noise;
+        const assembler::energy_verdict verdict = judge({{0.0, 0.0},
+                                                         {1e-3 + noise, 1e-3},
+                                                         {-1e-3 - noise, -1e-3},
+                                                         {2e-3 + noise, 2e-3},
+                                                         {-2e-3 - noise, -2e-3},
+                                                         {3e-3 + noise, 3e-3},
+                                                         {4e-3 - one.off, 4e-3}},
+                                                        0.01);
+        EXPECT_EQ(verdict.off, one.is_off ? places{6} : places{});
+    }
+}
+
+TEST(judge_energies, needs_more_points_that_agree_than_that_are_off) {
+    std::vector<energy_pair> pairs = {{0.0, 0.0}, {0.0, 2e-6}, {0.0, -2e-6}, {0.5, 1e-3}, {1e-3, 1e-3}};
+    EXPECT_EQ(judge(pairs, 0.01).off, places{3});
+    EXPECT_FALSE(judge(pairs, 0.01).most_agree);  // of the first three nothing could be told
+    pairs.push_back({-1e-3, -1e-3});
+    EXPECT_TRUE(judge(pairs, 0.01).most_agree);
+    pairs = {{0.0, 0.0}, {0.5, 1e-3}};
+    EXPECT_EQ(judge(pairs, 0.01).off, places{});  // two tell nothing
+    pairs.push_back({1e-3, 1e-3});
+    EXPECT_EQ(judge(pairs, 0.01).off, places{1});
+    EXPECT_FALSE(judge(pairs, 0.01).most_agree);
+}
+
+TEST(judge_energies, stops_at_numbers_that_are_no_energies) {
+    for (const double huge : {1e9, -1e9, std::nan("")}) {
+        for (const energy_pair& pair : {energy_pair{huge, 0.0}, {0.0, huge}}) {
+            const assembler::energy_verdict verdict = judge({{0.0, 0.0}, pair, {1e-3, 1e-3}, {-1e-3, -1e-3}}, 0.01);
+            EXPECT_EQ(verdict.off, places{1});
+            EXPECT_FALSE(verdict.most_agree);
+            EXPECT_EQ(verdict.reference, 0.0);
+        }
+    }
+    EXPECT_TRUE(judge({{0.0, 0.0}, {9.9e8, 0.0}, {1e-3, 1e-3}, {-1e-3, -1e-3}}, 0.01).most_agree);
+}
+
+TEST(judge_energies, knows_one_number_where_the_forces_would_show_another) {
+    EXPECT_FALSE(judge({{-76.0, 0.0}, {-76.0, 2.6e-6}, {-76.0, -2.6e-6}}, 0.01).one_number);
+    EXPECT_TRUE(judge({{-76.0, 0.0}, {-76.0, 2.6e-6}, {-76.0, -2.7e-6}}, 0.01).one_number);
+    EXPECT_FALSE(judge({{-76.0, 0.0}, {-76.0, 1e-3}, {-76.1, -1e-3}}, 0.01).one_number);
+}
+
+TEST(judge_energies, fits_nothing_to_forces_of_no_consequence) {
+    const assembler::energy_verdict verdict =
+        judge({{0.0, 0.0}, {0.1, 0.0}, {0.2, 0.0}, {0.3, 0.0}, {0.4, 0.0}, {0.5, 0.0}, {0.6, 0.0}, {0.7, 0.0}}, 0.01);
+    EXPECT_EQ(verdict.off.size(), 7U);
+    EXPECT_FALSE(verdict.most_agree);
+    EXPECT_FALSE(verdict.all_by_this);
+}
+
+TEST(judge_energies, tells_a_factor_by_all_points_together) {
+    // Of a step of 0.001 each energy is within what is allowed.
+    for (const double factor : {1.06, 0.94, 1.04, 0.96}) {
+        SCOPED_TRACE(factor);
+        std::vector<energy_pair> pairs = eight_of(5e-6, factor, 0.0);
+        const assembler::energy_verdict verdict = judge(pairs, 0.001);
+        EXPECT_TRUE(verdict.off.empty());
+        ASSERT_EQ(verdict.all_by_this.has_value(), std::abs(factor - 1.0) > 0.05);
+        EXPECT_NEAR(verdict.all_by_this.value_or(factor), factor, 1e-9);
+        pairs.pop_back();
+        EXPECT_FALSE(judge(pairs, 0.001).all_by_this);
+    }
+    // The slope's standard deviation is off * sqrt(8 / (8 - 2) / (8 * 5e-6^2)), and a tenth of the excess 1 is allowed.
+    EXPECT_TRUE(judge(eight_of(5e-6, 2.0, 1.2e-6), 0.001).all_by_this);
+    EXPECT_FALSE(judge(eight_of(5e-6, 2.0, 1.25e-6), 0.001).all_by_this);
+    // The excess over the width 1e-5 must be more than the anharmonic terms, 10 / 6 * step^3.
+    EXPECT_TRUE(judge(eight_of(5e-6, 2.0, 0.0), 0.0181).all_by_this);
+    EXPECT_FALSE(judge(eight_of(5e-6, 2.0, 0.0), 0.0182).all_by_this);
+    // No point may be farther from the line than what is allowed, 2e-5.
+    const assembler::energy_verdict verdict = judge(eight_of(1e-3, -1.0, 1.9e-5), 0.001);
+    EXPECT_FALSE(verdict.most_agree);
+    EXPECT_NEAR(verdict.all_by_this.value_or(0.0), -1.0, 1e-9);
+    EXPECT_FALSE(judge(eight_of(1e-3, -1.0, 2.1e-5), 0.001).all_by_this);
 }

@@ -453,36 +453,73 @@ TEST(frequencies, imaginary_modes_are_counted_and_left_out_of_the_zero_point_ene
     }
 }
 
-TEST(frequencies, lengths_in_bohr_are_taken_as_such) {
-    constexpr double bohr = 0.529177210903;
+TEST(frequencies, lengths_are_taken_in_the_unit_of_the_route) {
+    struct unit_case {
+        const char* words;
+        double in_angstrom;
+    };
+    for (const unit_case& unit : {unit_case{"units=au", bohr_in_angstrom},
+                                  {"Unit(Rad,Bohr)", bohr_in_angstrom},
+                                  {"units=(ang,deg)", 1.0},
+                                  {"au", 1.0}}) {
+        SCOPED_TRACE(unit.words);
+        const double bohr = unit.in_angstrom;
+        const support::scratch_folder folder;
+        generate("water");
+        geometry_file water = read_geometry_file("PES-0/coord-0-00.com");
+        std::ostringstream text;
+        text << std::fixed << "#p hf/3-21g force nosymm " << unit.words << "\n\nwater\n\n0 1\n";
+        text.precision(8);
+        // As Gaussian takes them: atomic numbers, and names after a symbol.
+        const char* const symbols[] = {"8", "H1", "h"};
+        for (Eigen::Index i = 0; i < 3; ++i) {
+            text << symbols[i] << ' ' << water.positions.col(i).transpose() / bohr << '\n';
+        }
+        support::write_file("mol.gjf", text.str());
+        std::filesystem::remove_all("PES-0");
+        ASSERT_EQ(support::run_program(support::displacement_generator(), {"control"}).status, 0);
+        water = read_geometry_file("PES-0/coord-0-00.com");
+        water.positions *= bohr;
+        const model molecule = make_model(water);
+        for (const std::string& name : names()) {
+            geometry_file moved = read_geometry_file("PES-0/" + name + ".com");
+            moved.positions *= bohr;
+            support::twin_job job = job_of(molecule, name);
+            job.points[0] = molecule.at(moved);
+            write_log(name, job);
+        }
+        const support::outcome done = assemble({"--hessian", "h"});
+        EXPECT_EQ(done.standard_error, "");
+        expect_textbook(rows_of(done.standard_output), vibrations_of(molecule, isotope_masses(water.numbers)));
+        gaussian::source from("h");
+        EXPECT_LT(
+            (gaussian::read_checkpoint(from).coordinates * bohr_in_angstrom - water.positions).cwiseAbs().maxCoeff(),
+            1e-7);
+    }
+}
+
+TEST(frequencies, the_folder_may_be_named_or_hold_the_one_that_is_meant) {
+    struct folder_case {
+        const char* given;
+        const char* shown;
+    };
     const support::scratch_folder folder;
     generate("water");
-    geometry_file water = read_geometry_file("PES-0/coord-0-00.com");
-    std::ostringstream text;
-    text << std::fixed << "#p hf/3-21g force nosymm units=au\n\nwater\n\n0 1\n";
-    text.precision(8);
-    const char* const symbols[] = {"O", "H", "H"};
-    for (Eigen::Index i = 0; i < 3; ++i) {
-        text << symbols[i] << ' ' << water.positions.col(i).transpose() / bohr << '\n';
+    const model molecule = model_here();
+    write_logs(molecule);
+    const std::string expected = assemble().standard_output;
+    for (const folder_case& one :
+         {folder_case{".", "PES-0/"}, {"./", "./PES-0/"}, {"PES-0", "PES-0/"}, {"PES-0/", "PES-0/"}}) {
+        SCOPED_TRACE(one.given);
+        write_logs(molecule);
+        EXPECT_EQ(assemble({one.given}).standard_output, expected);
+        std::filesystem::remove("PES-0/coord-1-dx.log");
+        EXPECT_EQ(assemble({one.given}).standard_error,
+                  one.shown +
+                      std::string("coord-1-dx: expected a .log, .out, .fchk or .forces, found none\n"
+                                  "displacement_assembler: error: ") +
+                      one.shown + "files.out: 9 of 10 are there\n");
     }
-    support::write_file("mol.gjf", text.str());
-    std::filesystem::remove_all("PES-0");
-    ASSERT_EQ(support::run_program(support::displacement_generator(), {"control"}).status, 0);
-    water = read_geometry_file("PES-0/coord-0-00.com");
-    water.positions *= bohr;
-    const model molecule = make_model(water);
-    for (const std::string& name : names()) {
-        geometry_file moved = read_geometry_file("PES-0/" + name + ".com");
-        moved.positions *= bohr;
-        support::twin_job job = job_of(molecule, name);
-        job.points[0] = molecule.at(moved);
-        write_log(name, job);
-    }
-    const support::outcome done = assemble({"--hessian", "h"});
-    EXPECT_EQ(done.standard_error, "");
-    expect_textbook(rows_of(done.standard_output), vibrations_of(molecule, isotope_masses(water.numbers)));
-    gaussian::source from("h");
-    EXPECT_LT((gaussian::read_checkpoint(from).coordinates * bohr - water.positions).cwiseAbs().maxCoeff(), 1e-7);
 }
 
 TEST(frequencies, one_atom_has_no_modes) {

@@ -19,7 +19,8 @@ constexpr double electron_masses = 1822.888486;
 constexpr double wavenumbers = 219474.631363;
 
 const std::map<std::string, int>& numbers_of_symbols() {
-    static const std::map<std::string, int> table = {{"H", 1}, {"C", 6}, {"O", 8}, {"F", 9}, {"Cl", 17}, {"Br", 35}};
+    static const std::map<std::string, int> table = {{"H", 1},   {"C", 6}, {"O", 8},  {"F", 9}, {"Cl", 17},
+                                                     {"Br", 35}, {"8", 8}, {"H1", 1}, {"h", 1}};
     return table;
 }
 

@@ -95,6 +95,47 @@ TEST(refusals, another_charge) {
     job.multiplicity = 2;
     write_log("coord-1-dx", job);
     EXPECT_EQ(refusals_of_run(), "PES-0/coord-1-dx.log:6: expected charge 0 and multiplicity 1, found 1 and 2\n");
+    job.charge = 0;
+    job.multiplicity = 3;
+    write_log("coord-1-dx", job);
+    EXPECT_EQ(refusals_of_run(), "PES-0/coord-1-dx.log:6: expected charge 0 and multiplicity 1, found 0 and 3\n");
+    job.archive = false;
+    write_log("coord-1-dx", job);
+    std::string text = support::read_file("PES-0/coord-1-dx.log");
+    text.erase(text.find(" Charge ="), std::string(" Charge =  0 Multiplicity = 3").size());
+    support::write_file("PES-0/coord-1-dx.log", text);  // a log that tells neither
+    EXPECT_EQ(assemble().standard_error, "");
+}
+
+TEST(refusals, terse_logs_of_another_geometry) {
+    // Without a table the geometry is that of the archive entry.
+    const good_folder good;
+    support::twin_job job = job_of(good.molecule, "coord-1-dx");
+    job.input_tables = false;
+    write_log("coord-1-dx", job);
+    EXPECT_EQ(assemble().standard_error, "");
+    write_log("coord-1-dy", job);
+    job.numbers[0] = 16;
+    write_log("coord-1-dx", job);
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-1-dx.log:6: expected O as atom 1, found S\n"
+              "PES-0/coord-1-dy.log:17: expected the geometry of the .com with atom 1 at (0.000000, -0.005000, "
+              "0.113809), found it at (-0.005000, 0.000000, 0.113809)\n");
+}
+
+TEST(refusals, an_atom_elsewhere_stands_in_no_other_frame) {
+    const support::scratch_folder folder;
+    support::write_file("mol.gjf", "#p hf/3-21g force nosymm\n\nneon\n\n0 1\nNe 0 0 0\n\n");
+    support::write_file("control", "&control fxyz = 'mol.gjf', dx = 0.005 /\n");
+    ASSERT_EQ(support::run_program(support::displacement_generator(), {"control"}).status, 0);
+    for (const std::string& name : names()) {
+        support::write_file("PES-0/" + name + ".forces", "0 0 0\n");
+    }
+    write_log("coord-0-00", support::one_point({10}, Eigen::Vector3d(0.1, 0.0, 0.0), Eigen::Vector3d::Zero()));
+    EXPECT_EQ(refusals_of_run(),
+              "PES-0/coord-0-00.log:16: expected the geometry of the .com with atom 1 at (0.000000, 0.000000, "
+              "0.000000), found it at (0.100000, 0.000000, 0.000000)\n"
+              "displacement_assembler: error: PES-0/files.out: 4 of 4 are there, not all of them can be used\n");
 }
 
 TEST(refusals, the_log_of_another_point) {
@@ -374,6 +415,7 @@ TEST(refusals, checkpoints_without_a_route_by_another_method) {
     write("coord-1-dx", "RHF", "6-31G(d)", "");
     write("coord-1-dy", "RB3LYP", "6-31G", "");
     write("coord-1-dz", "RB3LYP", "6-31G(d)", "#p b3lyp/6-31g(d) force nosymm");
+    write("coord-2-dx", "RHF", "6-31G(d)", "#p hf/6-31g(d) force nosymm");  // one message tells enough
     support::twin_job job = job_of(good.molecule, "coord-1+dz");
     job.method = "RB3PW91";
     write_log("coord-1+dz", job);
@@ -383,7 +425,9 @@ TEST(refusals, checkpoints_without_a_route_by_another_method) {
               "PES-0/coord-1-dy.fchk:2: expected the method and basis 'rb3lyp/6-31g(d)' as in most files, found "
               "'rb3lyp/6-31g'\n"
               "PES-0/coord-1+dz.log:6: expected the method and basis 'rb3lyp/6-31g(d)' as in most files, found "
-              "'rb3pw91/6-31g(d)'\n");
+              "'rb3pw91/6-31g(d)'\n"
+              "PES-0/coord-2-dx.fchk: expected the route '#p b3lyp/6-31g(d) force nosymm' as in most files, found '#p "
+              "hf/6-31g(d) force nosymm'\n");
 }
 
 TEST(refusals, checkpoints_with_other_text_than_numbers) {
@@ -900,6 +944,9 @@ TEST(refusals, command_lines) {
          {line_case{{"--masses", "heavy"}, "--masses: expected isotope or average, found 'heavy'"},
           {{"--mass", "2"}, "--mass: expected ATOM=VALUE, such as 3=2.014, found '2'"},
           {{"--mass", "0=2"}, "--mass: expected ATOM=VALUE, such as 3=2.014, found '0=2'"},
+          {{"--mass", "x=2"}, "--mass: expected ATOM=VALUE, such as 3=2.014, found 'x=2'"},
+          {{"--mass", "1=0.00099"}, "--mass: expected a mass from 0.001 to 10000 amu, found '1=0.00099'"},
+          {{"--mass", "1=10000.1"}, "--mass: expected a mass from 0.001 to 10000 amu, found '1=10000.1'"},
           {{"--mass", "1=nan"}, "--mass: expected ATOM=VALUE, such as 3=2.014, found '1=nan'"},
           {{"--mass", "1=-2"}, "--mass: expected a mass from 0.001 to 10000 amu, found '1=-2'"},
           {{"--mass", "1=2", "--mass", "1=3"}, "--mass: expected each atom once, found atom 1 twice"},
@@ -912,6 +959,7 @@ TEST(refusals, command_lines) {
         EXPECT_EQ(done.standard_error, "displacement_assembler: error: command line: " + std::string(one.message) +
                                            " (displacement_assembler --help tells more)\n");
     }
+    EXPECT_EQ(assemble({"--mass", "1=0.001", "--mass", "3=10000"}).status, 0);
     EXPECT_EQ(assemble({"--mass", "4=2"}).standard_error,
               "displacement_assembler: error: command line: --mass: expected an atom from 1 to 3, found 4\n");
 }

@@ -84,6 +84,8 @@ TEST(rebuild_forces, refuses_a_point_that_does_not_follow) {
     const vibration::point_relations whole = of.relations;
     of.relations.operations(14) = 2;  // Szx carries 2+dy onto 3-dy as well; Syz does not
     EXPECT_EQ(support::stopped_with(run), "no error");
+    of.relations.operations(0) = 99;  // of a computed point
+    EXPECT_EQ(support::stopped_with(run), "no error");
     of.relations.operations(14) = 3;
     EXPECT_EQ(support::stopped_with(run),
               "point 15: the operation does not carry its source, point 10, onto it|standard error|2");
