@@ -148,12 +148,9 @@ bool is_preferred(operation_set one, operation_set other) {
     if (std::popcount(one) != std::popcount(other)) {
         return std::popcount(one) > std::popcount(other);
     }
-    for (int number = 1; number <= symmetry::tested_operations; ++number) {
-        if (holds(one, number) != holds(other, number)) {
-            return holds(one, number);
-        }
-    }
-    return false;
+    const operation_set differing = one ^ other;
+    const operation_set lowest = differing & ~(differing - 1);
+    return (one & lowest) != 0;
 }
 
 /// The best group among the candidates. E alone is always one.
