@@ -569,6 +569,49 @@ TEST(refusals, a_list_of_another_molecule) {
         "elsewhere; the list is that of another molecule, run displacement_generator again\n");
 }
 
+TEST(refusals, operations_that_carry_atoms_farther_than_is_allowed) {
+    // 0.002 bohr
+    for (const char* unit : {"", " units=au"}) {
+        const good_folder good;
+        const std::string whole = support::read_file("PES-0/coord-0-00.com");
+        const double allowed = *unit == '\0' ? 0.002 * 0.529177210903 : 0.002;
+        for (const double beyond : {-1e-6, 1e-6}) {
+            char moved[32];
+            static_cast<void>(std::snprintf(moved, sizeof moved, "%.8f", allowed + beyond));
+            support::write_file("PES-0/coord-0-00.com", whole);
+            replace_in("PES-0/coord-0-00.com", "nosymm", "nosymm" + std::string(unit));
+            replace_in("PES-0/coord-0-00.com", "   H                0.00000000",
+                       "   H                " + std::string(moved));
+            const std::string refused = refusals_of_run();
+            EXPECT_EQ(refused.starts_with("PES-0/coord-0-00.com:8: expected atom 2 to be carried onto atom 3 by "
+                                          "operation C2z of the list, found it elsewhere"),
+                      beyond > 0.0)
+                << refused;
+        }
+    }
+}
+
+TEST(refusals, steps_that_are_off_by_more_than_the_digits) {
+    // Six decimals of dx, and eight of both coordinates: 0.51e-6 may be lost.
+    const good_folder good;
+    const std::string whole = support::read_file("PES-0/coord-1-dx.com");
+    for (const char* step : {"-0.00500051", "-0.00499949", "-0.00500052", "-0.00499948"}) {
+        SCOPED_TRACE(step);
+        support::write_file("PES-0/coord-1-dx.com", whole);
+        replace_in("PES-0/coord-1-dx.com", "-0.00500000", step);
+        write_log("coord-1-dx", job_of(good.molecule, "coord-1-dx"));
+        const std::string last = std::string(step).substr(10);
+        if (last == "1" || last == "9") {
+            EXPECT_EQ(assemble().standard_error, "");
+        } else {
+            EXPECT_EQ(refusals_of_run(),
+                      "PES-0/coord-1-dx.com:7: expected x of atom 1 to be moved by -0.00500000 from the reference, "
+                      "found " +
+                          std::string(step) + "\n");
+        }
+    }
+}
+
 TEST(refusals, geometry_files) {
     const good_folder good;
     replace_in("PES-0/coord-1-dx.com", "-0.00500000", "-0.00500100");
