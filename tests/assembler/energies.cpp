@@ -367,6 +367,11 @@ TEST(judge_energies, allows_anharmonic_terms_and_noise) {
     }
 }
 
+TEST(judge_energies, allows_what_is_as_large_as_the_limit) {
+    EXPECT_EQ(judge({{0.0, 0.0}, {1e-6, 0.0}, {0.0, 0.0}}, 0.0).off, places{});
+    EXPECT_EQ(judge({{0.0, 0.0}, {1.0000001e-6, 0.0}, {0.0, 0.0}}, 0.0).off, places{1});
+}
+
 TEST(judge_energies, allows_noise_as_most_points_have_it) {
     struct noise_case {
         double noise;  ///< of half of the points
