@@ -458,3 +458,52 @@ TEST(judge_energies, tells_a_factor_by_all_points_together) {
     EXPECT_NEAR(verdict.all_by_this.value_or(0.0), -1.0, 1e-9);
     EXPECT_FALSE(judge(eight_of(1e-3, -1.0, 2.1e-5), 0.001).all_by_this);
 }
+
+// What is told of an energy that is off, and which files are refused.
+
+TEST(check_energies, refuses_what_is_certain_and_tells_of_the_worst_beside_it) {
+    const auto told_of = [](const std::vector<std::string>& files, const std::vector<double>& off, bool other_level) {
+        std::vector<assembler::energy_point> points;
+        for (std::size_t i = 0; i < 12; ++i) {
+            points.push_back({i < files.size() ? files[i] : "good.log", 20 + i,
+                              -76.0 + 1e-3 * static_cast<double>(i) + (i < off.size() ? off[i] : 0.0),
+                              1e-3 * static_cast<double>(i), other_level});
+        }
+        return assembler::check_energies(points, 0.01);
+    };
+    const std::string end = " hartree by its forces and those of the reference, found ";
+    const std::string reason = "; energy or forces are of another geometry or state, compute it again";
+    assembler::energy_messages told =
+        told_of({"a.log", "b.forces", "c.log", "d.fchk"}, {9e-5, 3e-5, 1.1e-4, -9.5e-5}, false);
+    EXPECT_EQ(told.refused, (places{21, 22}));
+    ASSERT_EQ(told.refusals.size(), 2U);
+    EXPECT_EQ(told.refusals[0], "b.forces: expected an energy of -75.9990000" + end + "-75.9989700" + reason +
+                                    ", and write all digits of the energy");
+    EXPECT_EQ(told.refusals[1], "c.log: expected an energy of -75.9980000" + end + "-75.9978900" + reason);
+    const std::string off = "some energies do not follow from the forces, that of ";
+    EXPECT_EQ(told.notices, std::vector<std::string>{off + "d.fchk is off by -9.5e-05 hartree"});
+    EXPECT_EQ(told.refusal_of_all, "");
+    told = told_of({"a.log", "b.forces", "c.log"}, {-3e-3, 3e-5, 2e-3}, true);
+    EXPECT_EQ(told.refused, places{21});
+    EXPECT_EQ(told.notices, std::vector<std::string>{off + "a.log is off by -3.0e-03 hartree"});
+    told = told_of({}, {}, false);
+    EXPECT_TRUE(told.refused.empty() && told.refusals.empty() && told.notices.empty());
+}
+
+TEST(check_energies, refuses_a_factor_of_plain_forces_only) {
+    for (const char* last : {"a.forces", "a.log"}) {
+        std::vector<assembler::energy_point> points;
+        for (int i = -4; i <= 4; ++i) {
+            points.push_back({i == 4 ? last : "a.forces", 0, -2e-3 * i, 1e-3 * i});
+        }
+        const assembler::energy_messages told = assembler::check_energies(points, 0.01);
+        const bool all_plain = std::string(last) == "a.forces";
+        EXPECT_EQ(told.refusal_of_all,
+                  all_plain ? "expected energies that follow from the forces, found those of forces -2 times as large; "
+                              ".forces files have forces and not gradients, in hartree/bohr, of these geometries, and "
+                              "energies in hartree"
+                            : "");
+        EXPECT_TRUE(told.refused.empty());
+        EXPECT_EQ(told.notices.size(), all_plain ? 0U : 1U);
+    }
+}

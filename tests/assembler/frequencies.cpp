@@ -348,6 +348,33 @@ TEST(frequencies, a_large_force_at_the_reference_is_told) {
               "not a stationary point, and harmonic frequencies mean little there\n");
     gaussian::source from("h");
     EXPECT_EQ(gaussian::read_checkpoint(from).gradient(2, 0), 0.00046);
+    job.points[0].forces(2, 0) = -0.00045;
+    write_log("coord-0-00", job);
+    EXPECT_EQ(assemble().standard_error, "");
+    EXPECT_NE(assemble().standard_output.find("reference 0.000450000 hartree/bohr\n"), std::string::npos);
+}
+
+TEST(frequencies, of_two_atoms_by_hand) {
+    const support::scratch_folder folder;
+    support::write_file("mol.gjf", "#p hf/3-21g force nosymm\n\nhydrogen fluoride\n\n0 1\nF 0 0 0\nH 0 0 0.92\n\n");
+    support::write_file("control", "&control fxyz = 'mol.gjf', dx = 0.001, symm = F /\n");
+    ASSERT_EQ(support::run_program(support::displacement_generator(), {"control"}).status, 0);
+    constexpr double stiffness = 0.6;  // hartree/bohr^2
+    for (const std::string& name : names()) {
+        const Eigen::Matrix3Xd at = read_geometry_file("PES-0/" + name + ".com").positions;
+        const Eigen::Vector3d bond = at.col(1) - at.col(0);
+        const Eigen::Vector3d pull = stiffness * (bond.norm() - 0.92) / bohr_in_angstrom * bond.normalized();
+        std::ostringstream text;
+        text.precision(12);
+        text << pull.transpose() << "\n" << -pull.transpose() << "\n";
+        support::write_file("PES-0/" + name + ".forces", text.str());
+    }
+    const support::outcome done = assemble();
+    EXPECT_NE(done.standard_output.find("# linear molecule, masses: most abundant isotopes\n"), std::string::npos);
+    const std::vector<table_row> rows = rows_of(done.standard_output);
+    ASSERT_EQ(rows.size(), 1U);
+    const double reduced = 18.99840316 * 1.00782503 / (18.99840316 + 1.00782503);
+    EXPECT_NEAR(rows[0].frequency, 5140.487153 * std::sqrt(stiffness / reduced), 0.01);
 }
 
 TEST(frequencies, forces_of_no_potential_are_told_of) {

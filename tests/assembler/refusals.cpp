@@ -2,8 +2,11 @@
 
 #include <Eigen/Geometry>
 #include <algorithm>
+#include <atomic>
 #include <sstream>
 
+#include "displacement_assembler/analysis.hpp"
+#include "displacement_assembler/in_parallel.hpp"
 #include "model.hpp"
 
 using namespace displacement_generator;
@@ -773,6 +776,8 @@ TEST(refusals, a_list_that_does_not_agree_with_itself) {
          "not finish, or the list was cut"},
         {"End_vesk_info\n", "End_vesk_info\n\n", "62: expected 'End_vesk_info' as the last line, found ''"},
         {"atoms:      3", "atoms:      0", "1: expected a number from 1 to 999999 as the number of atoms, found '0'"},
+        {"Number of atoms:      3\nNumber of files:     10", "Number of atoms: 200000\nNumber of files:      0",
+         "2: expected a number from 1 to 999999 as the number of files, found '0'"},
         {"files:     10", "files:     20", "2: expected a number from 1 to 19 as the number of files, found '20'"},
         {"files:     10", "files:     19",
          "14: expected the name of a geometry file, coord-..., found 'Begin_vesk_info'"},
@@ -948,6 +953,10 @@ TEST(refusals, a_list_that_carries_an_atom_onto_one_of_another_element) {
 TEST(refusals, a_list_that_is_cut_gives_no_result) {
     const good_folder good;
     const std::string whole = support::read_file("PES-0/files.out");
+    support::write_file("PES-0/files.out", "");
+    EXPECT_EQ(assemble().standard_error,
+              "displacement_assembler: error: PES-0/files.out:1: expected 'Number of atoms: ', found the end of the "
+              "list; displacement_generator did not finish, or the list was cut\n");
     for (std::size_t size = 0; size < whole.size() - 1; size += 37) {
         support::write_file("PES-0/files.out", whole.substr(0, size));
         const support::outcome done = assemble();
@@ -1006,4 +1015,53 @@ TEST(refusals, command_lines) {
     EXPECT_EQ(assemble({"--mass", "1=0.001", "--mass", "3=10000"}).status, 0);
     EXPECT_EQ(assemble({"--mass", "4=2"}).standard_error,
               "displacement_assembler: error: command line: --mass: expected an atom from 1 to 3, found 4\n");
+}
+
+TEST(check_hessian, refuses_what_no_molecule_has) {
+    // A step of 0.01 bohr allows 1e-4 / 0.01 + 10 * 0.01^2 = 0.011 hartree/bohr^2.
+    const auto stopped = [](double asymmetry, double largest, double sum, bool is_plain) {
+        assembler::analysis made;
+        made.longest_step = 0.01;
+        made.hessian.largest_asymmetry = asymmetry;
+        made.hessian.row = 1;
+        made.hessian.column = 3;
+        made.hessian.hessian = Eigen::MatrixXd::Zero(6, 6);
+        made.hessian.hessian(4, 4) = largest;
+        made.hessian.hessian(0, 0) = sum - largest;
+        return support::stopped_with([&] { assembler::check_hessian("list", made, is_plain); });
+    };
+    for (const bool is_plain : {false, true}) {
+        EXPECT_EQ(stopped(0.01099, 1.0, 2.0, is_plain), "no error");
+        EXPECT_EQ(stopped(0.01101, 1.0, 2.0, is_plain),
+                  "list: expected the forces of one potential, found a Hessian with an asymmetry of 0.011 "
+                  "hartree/bohr^2 between y of atom 1 and x of atom 2; results of these points, or of those from "
+                  "which they follow, are of another geometry, frame or unit, or no exact gradients|standard error|1");
+        EXPECT_EQ(stopped(0.0, 15.0, 15.0, is_plain), "no error");
+        EXPECT_EQ(stopped(0.0, 15.1, 15.1, is_plain),
+                  is_plain ? "list: expected forces in hartree/bohr, found a Hessian with 15.1 hartree/bohr^2 for y of "
+                             "atom 2; the .forces files are of another unit|standard error|1"
+                           : "no error");
+        EXPECT_EQ(stopped(0.0, 1.0, -0.0099, is_plain), "no error");
+        EXPECT_EQ(stopped(0.0, 1.0, -0.0101, is_plain),
+                  is_plain ? "list: expected forces, found a Hessian whose diagonal has the sum -0.0101 "
+                             "hartree/bohr^2; the .forces files hold gradients, which have the other "
+                             "sign|standard error|1"
+                           : "no error");
+    }
+}
+
+TEST(in_parallel, does_all_once_and_tells_how_far_it_is) {
+    for (const std::size_t count : {0U, 1U, 15U, 16U, 17U, 1000U}) {
+        std::vector<std::atomic<int>> done(count);
+        std::size_t told = 0;
+        assembler::in_parallel(
+            count, [&](std::size_t n) { ++done.at(n); },
+            [&](std::size_t so_far) {
+                EXPECT_GT(so_far, told);
+                EXPECT_LE(so_far, count);
+                told = so_far;
+            });
+        EXPECT_TRUE(std::all_of(done.begin(), done.end(), [](const std::atomic<int>& times) { return times == 1; }));
+        EXPECT_TRUE(count >= 16 || told == count);  // fewer files are worth no second thread
+    }
 }
