@@ -370,6 +370,9 @@ TEST(judge_energies, allows_anharmonic_terms_and_noise) {
 TEST(judge_energies, allows_what_is_as_large_as_the_limit) {
     EXPECT_EQ(judge({{0.0, 0.0}, {1e-6, 0.0}, {0.0, 0.0}}, 0.0).off, places{});
     EXPECT_EQ(judge({{0.0, 0.0}, {1.0000001e-6, 0.0}, {0.0, 0.0}}, 0.0).off, places{1});
+    // What is no larger shows nothing.
+    EXPECT_FALSE(judge({{0.0, 0.0}, {1e-6, 1e-6}, {-1e-6, -1e-6}, {0.5, 1e-3}}, 0.0).most_agree);
+    EXPECT_TRUE(judge({{0.0, 0.0}, {2e-6, 2e-6}, {-2e-6, -2e-6}, {0.5, 1e-3}}, 0.0).most_agree);
 }
 
 TEST(judge_energies, allows_noise_as_most_points_have_it) {

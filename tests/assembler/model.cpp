@@ -186,6 +186,11 @@ support::outcome assemble(const std::vector<std::string>& arguments) {
     return done;
 }
 
+support::outcome assemble_within(int limit) {
+    return support::run_program("/bin/sh",
+                                {"-c", "ulimit -v " + std::to_string(limit) + "; exec \"$0\"", DISPLACEMENT_ASSEMBLER});
+}
+
 std::vector<std::string> names() {
     std::vector<std::string> found;
     for (const auto& entry : std::filesystem::directory_iterator("PES-0")) {

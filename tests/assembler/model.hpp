@@ -55,6 +55,15 @@ std::vector<table_row> rows_of(const std::string& table);
 
 /// The program that is tested, run in the current folder.
 support::outcome assemble(const std::vector<std::string>& arguments = {});
+/// The same with so much address space (kB), which is too little for the sanitizers.
+support::outcome assemble_within(int limit);
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool sanitized = true;
+#elif defined(__has_feature)
+constexpr bool sanitized = __has_feature(address_sanitizer);
+#else
+constexpr bool sanitized = false;
+#endif
 
 /// Writes the input of an example and runs the generator on it in the current folder; `settings` are lines for its
 /// control file.

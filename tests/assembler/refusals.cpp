@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <atomic>
 #include <sstream>
+#include <thread>
 
 #include "displacement_assembler/analysis.hpp"
 #include "displacement_assembler/in_parallel.hpp"
@@ -1017,6 +1019,44 @@ TEST(refusals, command_lines) {
               "displacement_assembler: error: command line: --mass: expected an atom from 1 to 3, found 4\n");
 }
 
+TEST(refusals, show_no_more_than_200_characters_of_a_text) {
+    const auto cut = [](const std::string& text) {
+        return text.substr(0, 200) + "... (" + std::to_string(text.size() - 200) + " more characters)";
+    };
+    const good_folder good;
+    const std::string route = "#p b3lyp/6-31g(d) force nosymm";
+    const std::string usual = route + " iop(" + std::string(180, '1') + ")";
+    const std::string other = route + " iop(" + std::string(190, '2') + ")";
+    for (const std::string& name : names()) {
+        replace_in("PES-0/" + name + ".com", route, usual);
+    }
+    write_logs(good.molecule);
+    support::twin_job job = job_of(good.molecule, "coord-1-dy");
+    job.route = other;
+    write_log("coord-1-dy", job);
+    replace_in("PES-0/coord-1-dx.com", usual, other);
+    EXPECT_EQ(refusals_of_run(), "PES-0/coord-1-dx.com:2: expected the route '" + cut(usual) +
+                                     "' of the reference, found '" + cut(other) +
+                                     "'\nPES-0/coord-1-dy.log:6: expected the route '" + cut(usual) +
+                                     "' as in most files, found '" + cut(other) + "'\n");
+    replace_in("PES-0/coord-1-dx.com", other, usual);
+    for (const std::string& name : names()) {
+        job = job_of(good.molecule, name);
+        job.route = other;
+        write_log(name, job);
+    }
+    EXPECT_EQ(assemble().standard_error, "PES-0/files.out: notice: the route of the results is '" + cut(other) +
+                                             "', that of the .com files '" + cut(usual) + "'\n");
+    const std::string name(201, 'x');
+    EXPECT_EQ(assemble({name}).standard_error,
+              "displacement_assembler: error: " + cut(name) +
+                  ": expected files.out or PES-0/files.out in this folder, found neither; run displacement_generator "
+                  "first\n");
+    EXPECT_EQ(assemble({"--molden", name, "--hessian", name}).standard_error,
+              "displacement_assembler: error: " + cut(name) +
+                  ": expected another file for each output, found the same one twice\n");
+}
+
 TEST(check_hessian, refuses_what_no_molecule_has) {
     // A step of 0.01 bohr allows 1e-4 / 0.01 + 10 * 0.01^2 = 0.011 hartree/bohr^2.
     const auto stopped = [](double asymmetry, double largest, double sum, bool is_plain) {
@@ -1064,4 +1104,32 @@ TEST(in_parallel, does_all_once_and_tells_how_far_it_is) {
         EXPECT_TRUE(std::all_of(done.begin(), done.end(), [](const std::atomic<int>& times) { return times == 1; }));
         EXPECT_TRUE(count >= 16 || told == count);  // fewer files are worth no second thread
     }
+}
+
+TEST(in_parallel, does_all_by_itself_where_no_thread_can_begin) {
+    pthread_attr_t usual;
+    ASSERT_EQ(pthread_getattr_default_np(&usual), 0);
+    pthread_attr_t huge;
+    ASSERT_EQ(pthread_getattr_default_np(&huge), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&huge, std::size_t{1} << 46U), 0);
+    ASSERT_EQ(pthread_setattr_default_np(&huge), 0);
+    EXPECT_THROW(std::thread([] {}).join(), std::system_error);
+    std::size_t done = 0;
+    assembler::in_parallel(100, [&](std::size_t n) { EXPECT_EQ(n, done++); });
+    EXPECT_EQ(done, 100U);
+    EXPECT_EQ(pthread_setattr_default_np(&usual), 0);
+}
+
+TEST(memory_limit, that_a_geometry_file_exceeds) {
+    if (sanitized) {
+        GTEST_SKIP() << "the sanitizers need more address space than this limit leaves";
+    }
+    const good_folder good;
+    std::filesystem::resize_file("PES-0/coord-1-dx.com", std::uintmax_t{200} << 20U);
+    const support::outcome done = assemble_within(100000);
+    EXPECT_EQ(done.status, 1);
+    EXPECT_EQ(done.standard_output, "");
+    EXPECT_EQ(done.standard_error,
+              "PES-0/coord-1-dx.com: std::bad_alloc\n"
+              "displacement_assembler: error: PES-0/files.out: 10 of 10 are there, not all of them can be used\n");
 }
