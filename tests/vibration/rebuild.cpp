@@ -168,6 +168,10 @@ TEST(central_differences, are_made_symmetric_and_tell_the_largest_asymmetry) {
     EXPECT_NEAR(result.largest_asymmetry, 0.2, 1e-15);
     EXPECT_EQ(result.row, 0);
     EXPECT_EQ(result.column, 1);
+    const vibration::hessian_result none = vibration::central_differences(Eigen::MatrixXd::Zero(3, 6), steps);
+    EXPECT_EQ(none.largest_asymmetry, 0.0);
+    EXPECT_EQ(none.row, 0);
+    EXPECT_EQ(none.column, 0);
 }
 
 TEST(central_differences, need_steps_in_opposite_directions) {

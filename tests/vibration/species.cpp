@@ -250,6 +250,23 @@ TEST(species, leave_out_what_the_positions_do_not_have_and_what_is_no_operation)
     EXPECT_EQ(group.left_out.at(0).reason, "the positions differ");
 }
 
+TEST(species, of_a_molecule_that_changes_as_much_as_is_allowed) {
+    // C2z exchanges two atoms.
+    listing of;
+    of.relations.symmetry = {{Eigen::Vector3d(-1, -1, 1).asDiagonal(), Eigen::Vector2i(1, 0)}};
+    const auto name = [&](double mass, double position, double element) {
+        of.positions = Eigen::Matrix3Xd::Zero(3, 2);
+        of.positions(0, 1) = position;
+        Eigen::MatrixXd hessian = Eigen::MatrixXd::Zero(6, 6);
+        hessian.diagonal() << 1.0, element, 0.0, 1.0, 0.0, 0.0;
+        return group_of(of, Eigen::Vector2d(0.0, mass), hessian).name;
+    };
+    EXPECT_EQ(name(vibration::mass_tolerance, vibration::position_tolerance, vibration::hessian_tolerance), "C2");
+    EXPECT_EQ(name(1.001e-8, 0.0, 0.0), "C1");
+    EXPECT_EQ(name(0.0, 0.002001, 0.0), "C1");
+    EXPECT_EQ(name(0.0, 0.0, 0.001001), "C1");
+}
+
 TEST(species, of_operations_whose_products_carry_atoms_elsewhere) {
     // Of two atoms that nearly lie on one another either may be the other's image.
     listing of;
