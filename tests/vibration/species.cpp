@@ -267,6 +267,22 @@ TEST(species, of_a_molecule_that_changes_as_much_as_is_allowed) {
     EXPECT_EQ(name(0.0, 0.0, 0.001001), "C1");
 }
 
+TEST(species, of_two_groups_as_large_go_by_the_one_with_the_lowest_operation) {
+    // Without C2x and Sxy there are {E, C2z, Szx, Syz} and {E, C2y, I, Szx}.
+    listing of;
+    of.positions = Eigen::Vector3d::Zero();
+    for (const Eigen::Vector3d& signs :
+         {Eigen::Vector3d(-1, -1, 1), Eigen::Vector3d(-1, 1, -1), Eigen::Vector3d(-1, -1, -1),
+          Eigen::Vector3d(1, -1, 1), Eigen::Vector3d(-1, 1, 1)}) {
+        of.relations.symmetry.push_back({signs.asDiagonal(), Eigen::VectorXi::Zero(1)});
+    }
+    const vibration::species_group group = group_of(of, Eigen::VectorXd::Ones(1), Eigen::MatrixXd::Zero(3, 3));
+    EXPECT_EQ(group.name, "C2V");
+    ASSERT_EQ(group.left_out.size(), 2U);
+    EXPECT_EQ(group.left_out[0].name, "C2y");
+    EXPECT_EQ(group.left_out[1].name, "I");
+}
+
 TEST(species, of_operations_whose_products_carry_atoms_elsewhere) {
     // Of two atoms that nearly lie on one another either may be the other's image.
     listing of;
