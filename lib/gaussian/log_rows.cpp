@@ -77,7 +77,6 @@ log_rows read_rows(const std::string& name, const log_table& table, const char* 
     constexpr int lines_above_rows = 3;  // heading, second heading, rule; behind the line of the heading itself
     const auto count = static_cast<std::size_t>(std::count(table.rows.begin(), table.rows.end(), '\n'));
     log_rows result;
-    result.numbers.reserve(count);
     result.values.resize(3, static_cast<Eigen::Index>(count));
     std::string_view text = table.rows;
     int previous = 0;

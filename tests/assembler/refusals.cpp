@@ -917,6 +917,7 @@ TEST(refusals, no_list_for_blanks_within_its_columns_or_behind_them) {
     }
     support::write_file("PES-0/files.out", wider);
     replace_in("PES-0/files.out", "1-dx           T       1", "1-dx    T       1       ");
+    replace_in("PES-0/files.out", "0-00           T       0       1       E", "0-00    T       0       1       E");
     const support::outcome done = assemble();
     EXPECT_EQ(done.standard_error, "");
     EXPECT_EQ(done.standard_output, expected);

@@ -138,7 +138,7 @@ TEST(gaussian_checkpoint, sections_that_nobody_wants_are_passed_over_whatever_th
           heading("Flags", 'L', 73) + like + like,
           std::string("Name                                       C     text\n"),
           std::string("Route                                      C     # hf\n"), heading("Route", 'I', 1) + " 1\n",
-          heading("Shells", 'I', 73) + " 1\n", heading("Energies", 'R', 73) + " 1.0\n"}) {
+          heading("Shells", 'I', 73) + " 1\n", heading("Energies", 'R', 73) + " 1.0\n", heading("Shells", 'I', 0)}) {
         const gaussian::checkpoint found = read(support::checkpoint_text(twin()) + section +
                                                 "Multiplicity                               I                7\n");
         EXPECT_EQ(found.charge, -1) << section;
