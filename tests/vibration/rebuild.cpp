@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "molecules.hpp"
 #include "support.hpp"
@@ -71,6 +72,17 @@ TEST(rebuild_forces, carries_the_step_with_its_sign_and_length) {
     const double lowered = points.steps(8);  // 2-dy
     vibration::rebuild_forces(of.relations, points.forces, points.steps);
     EXPECT_EQ(points.steps(15), -lowered);  // 3+dy
+}
+
+TEST(rebuild_forces, follows_from_a_later_point_too) {
+    listing of = list(water());
+    std::swap(of.relations.operations(0), of.relations.operations(1));
+    of.relations.sources(0) = of.relations.sources(1) = 1;  // 1-dx from 1+dx
+    std::mt19937 random(17);
+    computed_points points = compute(of, Eigen::MatrixXd::Identity(9, 9), random);
+    vibration::rebuild_forces(of.relations, points.forces, points.steps);
+    EXPECT_EQ(points.steps(0), -points.steps(1));
+    EXPECT_EQ(points.forces(0, 0), -points.forces(0, 1));
 }
 
 TEST(rebuild_forces, refuses_a_point_that_does_not_follow) {
