@@ -43,7 +43,7 @@ constexpr double matrices[] = {
 // clang-format on
 
 static_assert(std::size(pg_names) == 8 && std::size(orders) == 8 && std::size(irreps) == 8);
-static_assert(std::size(op_names) == 11 && std::size(matrices) == 11 * 9);
+static_assert(std::size(op_names) == 11 && std::size(matrices) == 9 * std::size(op_names));
 
 }  // namespace
 
