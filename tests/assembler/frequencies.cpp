@@ -356,9 +356,8 @@ TEST(frequencies, a_large_force_at_the_reference_is_told) {
 
 TEST(frequencies, of_two_atoms_by_hand) {
     const support::scratch_folder folder;
-    support::write_file("mol.gjf", "#p hf/3-21g force nosymm\n\nhydrogen fluoride\n\n0 1\nF 0 0 0\nH 0 0 0.92\n\n");
-    support::write_file("control", "&control fxyz = 'mol.gjf', dx = 0.001, symm = F /\n");
-    ASSERT_EQ(support::run_program(support::displacement_generator(), {"control"}).status, 0);
+    generate_from("#p hf/3-21g force nosymm\n\nhydrogen fluoride\n\n0 1\nF 0 0 0\nH 0 0 0.92\n\n",
+                  "dx = 0.001, symm = F");
     constexpr double stiffness = 0.6;  // hartree/bohr^2
     for (const std::string& name : names()) {
         const Eigen::Matrix3Xd at = read_geometry_file("PES-0/" + name + ".com").positions;
@@ -551,12 +550,7 @@ TEST(frequencies, the_folder_may_be_named_or_hold_the_one_that_is_meant) {
 
 TEST(frequencies, one_atom_has_no_modes) {
     const support::scratch_folder folder;
-    support::write_file("mol.gjf", "#p hf/3-21g force nosymm\n\nneon\n\n0 1\nNe 0 0 0\n\n");
-    support::write_file("control", "&control fxyz = 'mol.gjf', dx = 0.005 /\n");
-    ASSERT_EQ(support::run_program(support::displacement_generator(), {"control"}).status, 0);
-    for (const std::string& name : names()) {
-        support::write_file("PES-0/" + name + ".forces", "0 0 0\n");
-    }
+    compute_neon();
     const support::outcome done = assemble({"--molden", "m", "--hessian", "h"});
     EXPECT_EQ(done.status, 0) << done.standard_error;
     EXPECT_EQ(rows_of(done.standard_output).size(), 0U);

@@ -169,12 +169,23 @@ std::vector<table_row> rows_of(const std::string& table) {
     return rows;
 }
 
-void generate(const std::string& example, const std::string& settings) {
-    support::write_file("mol.gjf", support::read_file(std::filesystem::path(EXAMPLES) / example / "mol.gjf"));
+void generate_from(const std::string& input, const std::string& settings) {
+    support::write_file("mol.gjf", input);
     support::write_file("control", "&control\n  fxyz = 'mol.gjf',\n  " + settings + "\n/\n");
     const support::outcome done = support::run_program(support::displacement_generator(), {"control"});
     if (done.status != 0) {
         throw std::runtime_error("the generator failed: " + done.standard_error);
+    }
+}
+
+void generate(const std::string& example, const std::string& settings) {
+    generate_from(support::read_file(std::filesystem::path(EXAMPLES) / example / "mol.gjf"), settings);
+}
+
+void compute_neon() {
+    generate_from("#p hf/3-21g force nosymm\n\nneon\n\n0 1\nNe 0 0 0\n\n", "dx = 0.005");
+    for (const std::string& name : names()) {
+        support::write_file("PES-0/" + name + ".forces", "0 0 0\n");
     }
 }
 

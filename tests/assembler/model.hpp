@@ -57,17 +57,14 @@ std::vector<table_row> rows_of(const std::string& table);
 support::outcome assemble(const std::vector<std::string>& arguments = {});
 /// The same with so much address space (kB), which is too little for the sanitizers.
 support::outcome assemble_within(int limit);
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool sanitized = true;
-#elif defined(__has_feature)
-constexpr bool sanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool sanitized = false;
-#endif
 
 /// Writes the input of an example and runs the generator on it in the current folder; `settings` are lines for its
 /// control file.
 void generate(const std::string& example, const std::string& settings = "dx = 0.005");
+/// The same for a text.
+void generate_from(const std::string& input, const std::string& settings);
+/// One neon atom, all of whose results are there: forces of zero.
+void compute_neon();
 
 /// The names (without ending) of all geometry files in PES-0, the reference first.
 std::vector<std::string> names();

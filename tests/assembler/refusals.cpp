@@ -130,12 +130,7 @@ TEST(refusals, terse_logs_of_another_geometry) {
 
 TEST(refusals, an_atom_elsewhere_stands_in_no_other_frame) {
     const support::scratch_folder folder;
-    support::write_file("mol.gjf", "#p hf/3-21g force nosymm\n\nneon\n\n0 1\nNe 0 0 0\n\n");
-    support::write_file("control", "&control fxyz = 'mol.gjf', dx = 0.005 /\n");
-    ASSERT_EQ(support::run_program(support::displacement_generator(), {"control"}).status, 0);
-    for (const std::string& name : names()) {
-        support::write_file("PES-0/" + name + ".forces", "0 0 0\n");
-    }
+    compute_neon();
     write_log("coord-0-00", support::one_point({10}, Eigen::Vector3d(0.1, 0.0, 0.0), Eigen::Vector3d::Zero()));
     EXPECT_EQ(refusals_of_run(),
               "PES-0/coord-0-00.log:16: expected the geometry of the .com with atom 1 at (0.000000, 0.000000, "
@@ -1122,7 +1117,7 @@ TEST(in_parallel, does_all_by_itself_where_no_thread_can_begin) {
 }
 
 TEST(memory_limit, that_a_geometry_file_exceeds) {
-    if (sanitized) {
+    if (support::sanitized) {
         GTEST_SKIP() << "the sanitizers need more address space than this limit leaves";
     }
     const good_folder good;

@@ -10,15 +10,6 @@
 
 namespace displacement_generator::faults {
 
-/// Whether the program under test carries sanitizers, which need more memory than some tests leave.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool sanitized = true;
-#elif defined(__has_feature)
-constexpr bool sanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool sanitized = false;
-#endif
-
 /// Writes the control file "control" and the Gaussian input "mol.gjf" of a water molecule into the current folder. Its
 /// geometry files are shorter than 512 bytes, its list is longer.
 ///   dx  the step as the control file has it

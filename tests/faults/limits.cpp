@@ -71,7 +71,7 @@ TEST(file_size_limit, that_a_long_list_exceeds) {
 
 /// The list stays open, so a geometry file needs one more than all that was opened before.
 TEST(open_file_limit, that_leaves_one_file_at_a_time) {
-    if (faults::sanitized) {
+    if (support::sanitized) {
         GTEST_SKIP() << "the sanitizers open files of their own";
     }
     const support::scratch_folder scratch;
@@ -85,7 +85,7 @@ TEST(open_file_limit, that_leaves_one_file_at_a_time) {
 
 /// Four million lines take two gigabytes where every line has its 500 characters.
 TEST(memory_limit, that_the_lines_of_the_input_exceed) {
-    if (faults::sanitized) {
+    if (support::sanitized) {
         GTEST_SKIP() << "the sanitizers need more address space than this limit leaves";
     }
     const support::scratch_folder scratch;
@@ -104,7 +104,7 @@ TEST(memory_limit, that_a_large_sparse_input_does_not_touch) {
     support::write_file("mol.gjf", "");
     fs::resize_file("mol.gjf", std::uintmax_t{1} << 28);
     const support::outcome result =
-        faults::run_in_shell((faults::sanitized ? "" : "ulimit -v 100000; ") + std::string("exec \"$0\" control"));
+        faults::run_in_shell((support::sanitized ? "" : "ulimit -v 100000; ") + std::string("exec \"$0\" control"));
     faults::expect_stopped(result,
                            "mol.gjf:1: expected a route line, that is one that begins with '#', found none up to the "
                            "end of the file (line 1)");
@@ -114,7 +114,7 @@ TEST(memory_limit, that_a_large_sparse_input_does_not_touch) {
 /// From a limit at which the program does not even start to one that is enough: whatever runs out on the way, the run
 /// tells, or is whole.
 TEST(memory_limit, that_grows_until_it_suffices) {
-    if (faults::sanitized) {
+    if (support::sanitized) {
         GTEST_SKIP() << "the sanitizers need more address space than this limit leaves";
     }
     constexpr std::string_view told = " would exceed the memory limit\n";

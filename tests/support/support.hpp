@@ -13,6 +13,15 @@
 
 namespace displacement_generator::support {
 
+/// Whether tests and programs carry the address sanitizer, which needs more memory than some tests leave.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool sanitized = true;
+#elif defined(__has_feature)
+constexpr bool sanitized = __has_feature(address_sanitizer);
+#else
+constexpr bool sanitized = false;
+#endif
+
 /// A new empty folder that is the current one for as long as this lives, and is then removed with all that is in it.
 class scratch_folder {
   public:
